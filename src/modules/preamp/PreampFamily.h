@@ -1,0 +1,7 @@
+#pragma once
+
+#include "core/ModuleFamily.h"
+
+namespace corvane {
+extern const ModuleFamily kPreampFamily;
+}
