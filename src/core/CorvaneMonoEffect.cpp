@@ -90,7 +90,8 @@ void CorvaneMonoEffect::setParameter(int id, double value) {
   const auto k = static_cast<std::size_t>(at);
   const int offset = id - kRack[k].parameterBase;
   const std::int32_t bit = 1 << at;
-  if (isInsert(at)) inserts[static_cast<std::size_t>(at - kInsertX)].parameterCache[static_cast<std::size_t>(offset)] = value;
+  if (isInsert(at))
+    inserts[static_cast<std::size_t>(at - kInsertX)].parameterCache[static_cast<std::size_t>(offset)] = value;
 
   switch (offset) {
     case kTypeOffset:
@@ -260,7 +261,8 @@ void CorvaneMonoEffect::processDouble(const double* const* inputs, double* const
 void CorvaneMonoEffect::processBypassedFloat(const float* const* inputs, float* const* outputs, int frames) {
   processBypassed(inputs, outputs, frames);
 }
-void CorvaneMonoEffect::processBypassedDouble(const double* const* inputs, double* const* outputs, int frames) {
+void CorvaneMonoEffect::processBypassedDouble(const double* const* inputs, double* const* outputs,
+                                              int frames) {
   processBypassed(inputs, outputs, frames);
 }
 

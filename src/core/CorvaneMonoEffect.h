@@ -15,8 +15,8 @@ class QDXMasterAudioProcessor;
 ///
 /// A host block is cut into sub-blocks of at most 64 samples; each runs in place through the modules in order
 /// of position. The strip reports no latency and is mono: one channel, written to every output given.
-/// Missing channels: input 1 stands for channel 1 and falls back to channel 0; inputs 2 and 3 are the external
-/// key and fall back to the main input; a missing second output falls back to the first.
+/// Missing channels: input 1 stands for channel 1 and falls back to channel 0; inputs 2 and 3 are the
+/// external key and fall back to the main input; a missing second output falls back to the first.
 ///
 /// Construction allocates; everything after it runs on the render thread and neither allocates nor waits.
 class CorvaneMonoEffect final : public QDXBaseAudioProcessor {
@@ -43,8 +43,9 @@ class CorvaneMonoEffect final : public QDXBaseAudioProcessor {
  private:
   struct Insert {
     std::array<std::unique_ptr<StripEffect>, 256> modulePool;
-    std::int32_t index = 0;              ///< insert index in force
-    std::array<double, 48> parameterCache{};  ///< every value that passed, by offset, whatever stands in the place
+    std::int32_t index = 0;  ///< insert index in force
+    std::array<double, 48>
+        parameterCache{};  ///< every value that passed, by offset, whatever stands in the place
     bool hasGainReduction = false;
     double reduction = 0.0;
   };
@@ -77,8 +78,8 @@ class CorvaneMonoEffect final : public QDXBaseAudioProcessor {
   std::array<double*, 8> inputTable{}, outputTable{};
   std::array<std::unique_ptr<StripEffect>, kFixedPlaces> fixedModules;
   std::array<Insert, 2> inserts;
-  std::array<StripEffect*, kPlaces> place{};  ///< what stands in each place; inserts may be null
-  std::array<StripEffect*, kPlaces> chain{};  ///< by position; derived from `position`
+  std::array<StripEffect*, kPlaces> place{};      ///< what stands in each place; inserts may be null
+  std::array<StripEffect*, kPlaces> chain{};      ///< by position; derived from `position`
   std::int32_t chainRequest = 0, chainBuilt = 0;  ///< modulo 256; the chain is stale while they differ
   std::array<std::int32_t, kPlaces> position{};
   std::int32_t soloMask = 0, muteMask = 0, monitorMask = 0;  ///< bit k: place k

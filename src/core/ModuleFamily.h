@@ -13,7 +13,7 @@ enum class ModuleKind { none = 0, preamp, filters, gate, compressor, eq, limiter
 /// A value of `type` within a family.
 struct Variant {
   int type;
-  const char* name;      ///< as the rack lists it
+  const char* name;                 ///< as the rack lists it
   const char* panelName = nullptr;  ///< as the family's own Type display shows it, where that differs
 };
 
@@ -31,13 +31,13 @@ struct ModulePreset {
 /// All that the rest of the strip knows of a family of modules.
 struct ModuleFamily {
   ModuleKind kind;
-  const char* prefix;         ///< of its parameter names, without the colon; "" for families of inserts alone
-  const char* title;          ///< short title for panels
-  int firstInsertIndex;       ///< insert index of type 1
+  const char* prefix;    ///< of its parameter names, without the colon; "" for families of inserts alone
+  const char* title;     ///< short title for panels
+  int firstInsertIndex;  ///< insert index of type 1
   std::span<const Variant> variants;
-  std::span<const Row> rows;  ///< in rising order of offset
-  std::span<const char* const> meters;  ///< names, from the first meter id of the group
-  int presetLength;           ///< values that `modulePreset` fills, from offset 0
+  std::span<const Row> rows;              ///< in rising order of offset
+  std::span<const char* const> meters;    ///< names, from the first meter id of the group
+  int presetLength;                       ///< values that `modulePreset` fills, from offset 0
   std::span<const ModulePreset> presets;  ///< index 0 is "Default"; any index beyond is "Init"
   /// A new module that answers to the given ids, ready to process at 44100 Hz.
   std::unique_ptr<StripEffect> (*make)(int parameterBase, int meterBase, int tagBase);

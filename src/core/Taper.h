@@ -36,7 +36,8 @@ constexpr Taper exponential(double base, double span) {
 }
 /// Truncation of (steps p + 0.5): a choice of steps + 1 states, 0 .. steps.
 constexpr Taper stepped(int steps) {
-  return {taper::steppedForward, taper::steppedInverse, 0.0, static_cast<double>(steps), Taper::Curve::stepped};
+  return {taper::steppedForward, taper::steppedInverse, 0.0, static_cast<double>(steps),
+          Taper::Curve::stepped};
 }
 /// Off and on, 0 and 1.
 constexpr Taper onOff() { return stepped(1); }

@@ -27,7 +27,9 @@ class ModuleRig {
   /// Normalised value of a parameter by offset.
   void set(int offset, double p) { module->setParameter(place.parameterBase + offset, p); }
   /// Physical value of an own parameter by offset, through the row's taper.
-  void setPhysical(int offset, double value) { set(offset, findRow(family, offset)->taper.normalised(value)); }
+  void setPhysical(int offset, double value) {
+    set(offset, findRow(family, offset)->taper.normalised(value));
+  }
   /// To the targets of all parameters, states cleared.
   void reset() { module->reset(); }
 
@@ -68,7 +70,8 @@ class ModuleRig {
     std::pair<Samples, Samples> out{Samples(a.size()), Samples(a.size())};
     keyOut.assign(a.size(), 0.0);
     for (std::size_t at = 0; at < a.size();) {
-      const std::size_t n = std::min({static_cast<std::size_t>(block), a.size() - at, std::size_t{kBlockFrames}});
+      const std::size_t n =
+          std::min({static_cast<std::size_t>(block), a.size() - at, std::size_t{kBlockFrames}});
       for (int k = 0; k < 4; ++k) std::copy_n(sources[k]->begin() + static_cast<long>(at), n, audio[k]);
       if (pair)
         module->processBlock(table, table, static_cast<int>(n));

@@ -13,7 +13,9 @@ namespace corvane::rig {
 
 using Samples = std::vector<double>;
 
-inline std::size_t count(double seconds, double rateHz) { return static_cast<std::size_t>(seconds * rateHz + 0.5); }
+inline std::size_t count(double seconds, double rateHz) {
+  return static_cast<std::size_t>(seconds * rateHz + 0.5);
+}
 inline double db(double gain) { return 20.0 * std::log10(gain); }
 inline double fromDb(double decibels) { return std::pow(10.0, decibels / 20.0); }
 
@@ -62,8 +64,8 @@ inline double rms(const Samples& x, std::size_t from = 0) {
   return std::sqrt(sum / static_cast<double>(x.size() - from));
 }
 
-/// Fourier sum at `hz` over x[from ..]: of an impulse response, the response there; of a tone that fits a whole
-/// number of periods, amplitude times half the number of samples.
+/// Fourier sum at `hz` over x[from ..]: of an impulse response, the response there; of a tone that fits a
+/// whole number of periods, amplitude times half the number of samples.
 inline std::complex<double> fourierSum(const Samples& x, double hz, double rateHz, std::size_t from = 0) {
   std::complex<double> sum = 0.0;
   for (std::size_t n = from; n < x.size(); ++n)

@@ -10,15 +10,15 @@ namespace corvane {
 /// Response of a second-order section. The numbers are those that tables of filters use.
 enum class SectionType : std::uint32_t {
   none = 0,
-  highPass = 1,       ///< 12 dB per octave
-  onePoleHigh = 2,    ///< one-pole high-pass of `FilterSection`; a GlideFilter designs the identity
+  highPass = 1,     ///< 12 dB per octave
+  onePoleHigh = 2,  ///< one-pole high-pass of `FilterSection`; a GlideFilter designs the identity
   lowShelf = 3,
   peaking = 4,
-  bandPass = 5,       ///< 0 dB at the centre
+  bandPass = 5,  ///< 0 dB at the centre
   notch = 6,
   highShelf = 7,
-  lowPass = 8,        ///< 12 dB per octave
-  onePoleLow = 9,     ///< 6 dB per octave
+  lowPass = 8,     ///< 12 dB per octave
+  onePoleLow = 9,  ///< 6 dB per octave
   allPass = 10,
 };
 

@@ -15,7 +15,8 @@ double readNumber(const char* text, const char** end) {
   if (plus) ++at;
   double value = 0.0;
   const auto result = std::from_chars(at, at + std::strlen(at), value);
-  const bool read = result.ec == std::errc{} && value - value == 0.0;  // "inf" and "nan" are words, not numbers
+  const bool read =
+      result.ec == std::errc{} && value - value == 0.0;  // "inf" and "nan" are words, not numbers
   if (end) *end = read ? result.ptr : text;
   return read ? value : 0.0;
 }

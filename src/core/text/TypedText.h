@@ -34,7 +34,9 @@ bool readTypedNumber(const Row& row, const char* text, double* p);
 bool readTypedFrequency(const Row& row, const char* text, double* p);
 
 constexpr Entry typed(double low, double high) { return {Entry::Kind::typed, readTypedNumber, low, high}; }
-constexpr Entry typedHz(double low, double high) { return {Entry::Kind::typed, readTypedFrequency, low, high}; }
+constexpr Entry typedHz(double low, double high) {
+  return {Entry::Kind::typed, readTypedFrequency, low, high};
+}
 /// A reader of the family's own; low..high are for messages.
 constexpr Entry typedBy(bool (*read)(const Row&, const char*, double*), double low, double high) {
   return {Entry::Kind::typed, read, low, high};
