@@ -1,0 +1,116 @@
+#include "modules/preamp/StripEffectInput.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "core/Rack.h"
+#include "modules/preamp/PreampFamily.h"
+#include "modules/preamp/PreampTable.h"
+
+namespace corvane {
+
+namespace {
+
+enum Meter { kPostGainMeter = 2, kAutomatMeter, kSaturationMeter };
+
+double fromDb(double db) { return std::pow(10.0, 0.05 * db); }
+
+/// Where the gain knob would stand for this gain.
+double knobPosition(double gain) {
+  return std::clamp(findRow(kPreampFamily, preamp::kGain)->taper.normalised(20.0 * std::log10(gain)), 0.0,
+                    1.0);
+}
+
+}  // namespace
+
+StripEffectInput::StripEffectInput(std::int32_t parameters, std::int32_t meters, std::int32_t tags)
+    : StripEffect(parameters, meters, tags) {
+  StripEffectInput::setDefaults();
+  StripEffectInput::setSampleRate(kLowestRateHz);
+  StripEffectInput::reset();
+}
+
+void StripEffectInput::reset() {
+  for (preamp::Polarity& channel : polarity) channel.finish();
+  initMeters();
+  gain.reset();
+  postGainFollower = postGainLevel = 0.0;
+}
+
+void StripEffectInput::setSampleRate(double hz) {
+  sampleRate = clampedRate(hz);
+  updateMeterCoefficients();
+  gain.setSampleRate(sampleRate);
+}
+
+void StripEffectInput::setParameter(int id, double value) {
+  const int offset = id - parameterBase;
+  const auto physical = [&] { return physicalValue(kPreampFamily, offset, value); };
+  const auto isOn = [&] { return physical() != 0.0; };
+  switch (offset) {
+    case kTypeOffset: type = decodeVariant(value); break;
+    case preamp::kGain: gain.setGain(fromDb(physical())); break;
+    case preamp::kAutoIn: gain.setAutomated(isOn()); break;
+    case preamp::kRefLevel: gain.setReference(fromDb(physical())); break;
+    case preamp::kAutoDetectMode: gain.setDetectsRms(isOn()); break;
+    case preamp::kAutoLevelMode: gain.setMayLift(isOn()); break;
+    case preamp::kPhaseLeft: polarity[0].turn(isOn(), sampleRate); break;
+    case preamp::kPhaseRight: polarity[1].turn(isOn(), sampleRate); break;
+    default: break;
+  }
+}
+
+void StripEffectInput::setDefaults() { sendDefaults(kPreampFamily, *this, parameterBase); }
+
+void StripEffectInput::followPostGain(const double* left, const double* right, int frames) {
+  double level = postGainFollower;
+  for (int i = 0; i < frames; ++i)
+    level = followLevel(std::max(std::abs(left[i]), std::abs(right[i])), level, meterAttack, meterRelease);
+  postGainFollower = postGainLevel = level;
+}
+
+void StripEffectInput::processBlockMono(double** in, double** out, int frames) {
+  if (passes()) return passThroughBlock(in, out, frames);
+  double input[kBlockFrames], y[kBlockFrames];
+  std::copy_n(in[2 * inputPair], frames, input);
+  std::copy_n(input, frames, y);
+  polarity[0].run(y, frames);
+  gain.processMono(y, frames);
+  followPostGain(y, y, frames);
+  followMono(input, y, frames);
+  writeMono(y, out, frames);
+}
+
+void StripEffectInput::processBlock(double** in, double** out, int frames) {
+  if (passes()) return passThroughBlock(in, out, frames);
+  double left[kBlockFrames], right[kBlockFrames];
+  std::copy_n(in[2 * inputPair], frames, left);
+  std::copy_n(in[2 * inputPair + 1], frames, right);
+  for (int i = 0; i < frames; ++i) followInput(left[i], right[i]);
+  polarity[0].run(left, frames);
+  polarity[1].run(right, frames);
+  gain.processPair(left, right, frames);
+  followPostGain(left, right, frames);
+  for (int i = 0; i < frames; ++i) followOutput(left[i], right[i]);
+  for (int pair = 0; (outputPairs >> pair) != 0; ++pair) {
+    if ((outputPairs >> pair & 1) == 0) continue;
+    std::copy_n(left, frames, out[2 * pair]);
+    std::copy_n(right, frames, out[2 * pair + 1]);
+  }
+}
+
+void StripEffectInput::getMeter(int id, double* value) {
+  if (getLevelMeter(id, value)) return;
+  switch (id - meterBase) {
+    case kPostGainMeter: *value = postGainLevel; break;
+    case kAutomatMeter: *value = knobPosition(gain.aimedGain()); break;
+    default: break;
+  }
+}
+
+void StripEffectInput::resetMeters() {
+  initMeters();
+  postGainLevel = postGainFollower = 0.0;
+}
+
+}  // namespace corvane
