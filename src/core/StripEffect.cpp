@@ -42,15 +42,25 @@ void StripEffect::followOutput(double a, double b) {
 }
 
 void StripEffect::followMono(const double* input, const double* output, int frames) {
-  // One loop for both: the two recursions do not wait for each other.
-  const double attack = meterAttack, release = meterRelease;
-  double before = inputFollower[0], after = outputFollower[0];
-  for (int i = 0; i < frames; ++i) {
-    before = followLevel(std::abs(input[i]), before, attack, release);
-    after = followLevel(std::abs(output[i]), after, attack, release);
-  }
-  inputFollower[0] = inputFollower[1] = inputLevel = before;
-  outputFollower[0] = outputFollower[1] = outputLevel = after;
+  ChannelMeters meters = channelMeters(0);
+  for (int i = 0; i < frames; ++i) meters.step(input[i], output[i]);
+  publishMono(meters);
+}
+
+ChannelMeters StripEffect::channelMeters(int channel) const {
+  return {meterAttack, meterRelease, inputFollower[channel], outputFollower[channel]};
+}
+
+void StripEffect::publishMono(const ChannelMeters& meters) {
+  inputFollower[0] = inputFollower[1] = inputLevel = meters.input;
+  outputFollower[0] = outputFollower[1] = outputLevel = meters.output;
+}
+
+void StripEffect::publishPair(const ChannelMeters& left, const ChannelMeters& right) {
+  inputFollower[0] = left.input, inputFollower[1] = right.input;
+  outputFollower[0] = left.output, outputFollower[1] = right.output;
+  inputLevel = std::max(left.input, right.input);
+  outputLevel = std::max(left.output, right.output);
 }
 
 void StripEffect::writeMono(const double* samples, double** out, int frames) const {

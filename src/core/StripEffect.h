@@ -23,6 +23,17 @@ inline double followLevel(double magnitude, double level, double attack, double 
   return flushed(level, kMeterFlush);
 }
 
+/// The two level meters of one channel as plain numbers, for a module that steps them inside its own sample
+/// loop: recursions that do not wait for each other share the time of the slowest.
+struct ChannelMeters {
+  double attack, release;  ///< shares of the distance per sample
+  double input, output;    ///< levels, linear
+  void step(double in, double out) {
+    input = followLevel(std::abs(in), input, attack, release);
+    output = followLevel(std::abs(out), output, attack, release);
+  }
+};
+
 /// Base of every module of the rack: the contract between the processor and a module, and the level meters
 /// that all modules share.
 ///
@@ -71,6 +82,12 @@ class StripEffect {
   /// Both meters over a mono block: `input` as it came, `output` as it leaves. Publishes both, and keeps the
   /// second channel's followers at the same level, so that a later pass-through shows no old one.
   void followMono(const double* input, const double* output, int frames);
+  /// Meters of channel 0 or 1 to step by hand; give them back with `publishMono` or `publishPair`.
+  ChannelMeters channelMeters(int channel) const;
+  /// Ends a mono block that stepped channel 0 by hand; what `followMono` says of the second channel holds.
+  void publishMono(const ChannelMeters& meters);
+  /// Ends a two-channel block that stepped both by hand.
+  void publishPair(const ChannelMeters& left, const ChannelMeters& right);
   /// Writes `samples` to both channels of the output pair, if the module writes it at all.
   void writeMono(const double* samples, double** out, int frames) const;
   /// The definition of passing a signal unchanged: followers run, samples go to the output pairs.
