@@ -47,8 +47,9 @@ BiquadCoefficients designSection(SectionType type, double frequencyHz, double q,
 /// Magnitude of a set at `hz`, linear.
 double magnitude(const BiquadCoefficients& c, double hz, double sampleRateHz);
 
-/// The difference equation in its fixed order of additions.
-inline double biquadSum(double x0, const BiquadCoefficients& c, const BiquadHistory& h) {
+/// The difference equation in its fixed order of additions, for one section or for several side by side.
+template <typename V, typename Coefficients, typename History>
+inline V biquadSum(V x0, const Coefficients& c, const History& h) {
   return c.b0 * x0 + c.b1 * h.x1 + c.b2 * h.x2 - c.a1 * h.y1 - c.a2 * h.y2;
 }
 

@@ -39,6 +39,8 @@ class GlideFilter {
   void processBuffer(double* samples, int count);
   /// One sample through the section.
   double processSample(double sample);
+  /// `current` for the next sample: a step of a running glide, else the design itself.
+  void stepGlide();
 
   /// Magnitude of the target design at `hz`, linear.
   double targetMagnitude(double hz) const { return magnitude(target, hz, sampleRate); }
@@ -55,16 +57,20 @@ class GlideFilter {
   BiquadHistory history;
 };
 
+inline void GlideFilter::stepGlide() {
+  if (glide.remaining > 0)
+    glide.advance(current);
+  else
+    current = target;
+}
+
 inline double GlideFilter::processSample(double sample) {
   if (type == SectionType::none) return sample;
   if (!active) {
     history = {};
     return sample;
   }
-  if (glide.remaining > 0)
-    glide.advance(current);
-  else
-    current = target;
+  stepGlide();
   return filterSample(sample, current, history);
 }
 

@@ -1,7 +1,8 @@
 #include "modules/eq/EqFamily.h"
 
-#include "modules/PassingModule.h"
+#include "modules/eq/EqPresets.h"
 #include "modules/eq/EqTable.h"
+#include "modules/eq/StripEffectEq.h"
 
 namespace corvane {
 
@@ -9,7 +10,10 @@ namespace {
 
 constexpr std::array kVariants{Variant{1, "Bellform"}, Variant{2, "Lumenband"}, Variant{3, "Tonbox"}};
 constexpr std::array kMeters{"EQ:InMeter", "EQ:OutMeter", "EQ:xm1", "EQ:xm2"};
-constexpr std::array kPresets{ModulePreset{"Default", {}}};
+
+std::unique_ptr<StripEffect> make(int parameterBase, int meterBase, int tagBase) {
+  return std::make_unique<StripEffectEq>(parameterBase, meterBase, tagBase);
+}
 
 }  // namespace
 
@@ -22,8 +26,8 @@ constexpr ModuleFamily kEqFamily{
     .rows = eq::kRows,
     .meters = kMeters,
     .presetLength = 48,
-    .presets = kPresets,
-    .make = makePassingModule,
+    .presets = eq::kPresets,
+    .make = make,
 };
 
 }  // namespace corvane
