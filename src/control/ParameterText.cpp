@@ -248,4 +248,13 @@ bool valueFromTyped(int id, int insertIndex, const char* text, double* value) {
   return true;
 }
 
+int parameterIdOfName(std::string_view name) {
+  for (int id = 0; id < kParameters; ++id) {
+    char text[kTextBytes];
+    parameterName(id, text);
+    if (parameterKind(id) & kKindStored && name == text) return id;
+  }
+  return -1;
+}
+
 }  // namespace corvane

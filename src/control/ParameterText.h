@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 namespace corvane {
 
 // The text side of the bank: what a value reads like, and what a person's text means. Everything that shows
@@ -26,5 +28,8 @@ bool valueFromTyped(int id, const char* text, double* value);
 /// As above, with the module of `insertIndex` in the insert that `id` belongs to: its own parameters take
 /// that module's texts. An index without a module takes the bare value.
 bool valueFromTyped(int id, int insertIndex, const char* text, double* value);
+
+/// Id of a parameter by its name in the bank ("Comp:Threshold"), or -1.
+int parameterIdOfName(std::string_view name);
 
 }  // namespace corvane
