@@ -1,6 +1,7 @@
 #include "modules/preamp/StripEffectInput.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 
 #include "core/Rack.h"
@@ -13,6 +14,16 @@ namespace {
 
 enum Meter { kPostGainMeter = 2, kAutomatMeter, kSaturationMeter };
 
+/// Each preamp that is built is the next unit of sixteen; the first of a process is unit 1.
+int nextUnit() {
+  static std::atomic<std::uint8_t> built{0};
+  return static_cast<std::uint8_t>(built.fetch_add(1) + 1) % preamp::kUnits;
+}
+
+// Gain into the colour and level of the hiss at the knobs' low stops.
+constexpr double kLowestDrive = 4 * 0.31622777;
+constexpr double kLowestHiss = 0.57 * 3e-6;
+
 double fromDb(double db) { return std::pow(10.0, 0.05 * db); }
 
 /// Where the gain knob would stand for this gain.
@@ -24,7 +35,7 @@ double knobPosition(double gain) {
 }  // namespace
 
 StripEffectInput::StripEffectInput(std::int32_t parameters, std::int32_t meters, std::int32_t tags)
-    : StripEffect(parameters, meters, tags) {
+    : StripEffect(parameters, meters, tags), colour(nextUnit()) {
   StripEffectInput::setDefaults();
   StripEffectInput::setSampleRate(kLowestRateHz);
   StripEffectInput::reset();
@@ -34,6 +45,7 @@ void StripEffectInput::reset() {
   for (preamp::Polarity& channel : polarity) channel.finish();
   initMeters();
   gain.reset();
+  colour.reset();
   postGainFollower = postGainLevel = 0.0;
 }
 
@@ -41,14 +53,24 @@ void StripEffectInput::setSampleRate(double hz) {
   sampleRate = clampedRate(hz);
   updateMeterCoefficients();
   gain.setSampleRate(sampleRate);
+  colour.setSampleRate(sampleRate);
+}
+
+void StripEffectInput::setType(double value) {
+  type = decodeVariant(value);
+  // Without a colour of its own a type leaves the 60s configured behind the scenes.
+  const std::int32_t lowest = static_cast<std::int32_t>(preamp::Colour::console60s);
+  const std::int32_t highest = static_cast<std::int32_t>(preamp::Colour::converter90s);
+  colour.setColour(static_cast<preamp::Colour>(std::clamp(type, lowest, highest)));
 }
 
 void StripEffectInput::setParameter(int id, double value) {
   const int offset = id - parameterBase;
   const auto physical = [&] { return physicalValue(kPreampFamily, offset, value); };
+  const auto ratio = [&] { return physicalValue(kPreampFamily, offset, std::clamp(value, 0.0, 1.0)); };
   const auto isOn = [&] { return physical() != 0.0; };
   switch (offset) {
-    case kTypeOffset: type = decodeVariant(value); break;
+    case kTypeOffset: setType(value); break;
     case preamp::kGain: gain.setGain(fromDb(physical())); break;
     case preamp::kAutoIn: gain.setAutomated(isOn()); break;
     case preamp::kRefLevel: gain.setReference(fromDb(physical())); break;
@@ -56,6 +78,13 @@ void StripEffectInput::setParameter(int id, double value) {
     case preamp::kAutoLevelMode: gain.setMayLift(isOn()); break;
     case preamp::kPhaseLeft: polarity[0].turn(isOn(), sampleRate); break;
     case preamp::kPhaseRight: polarity[1].turn(isOn(), sampleRate); break;
+    case preamp::kAnalog:
+      analog = isOn();
+      colour.clearMeter();
+      break;
+    case preamp::kDrive: colour.setDrive(kLowestDrive * ratio()); break;
+    case preamp::kNoiseIn: colour.setHissMode(static_cast<preamp::HissMode>(physical())); break;
+    case preamp::kNoiseLevel: colour.setHissLevel(kLowestHiss * ratio()); break;
     default: break;
   }
 }
@@ -77,6 +106,11 @@ void StripEffectInput::processBlockMono(double** in, double** out, int frames) {
   polarity[0].run(y, frames);
   gain.processMono(y, frames);
   followPostGain(y, y, frames);
+  if (isColoured()) {
+    double second[kBlockFrames];
+    std::copy_n(y, frames, second);
+    colour.process(y, second, frames);
+  }
   followMono(input, y, frames);
   writeMono(y, out, frames);
 }
@@ -91,6 +125,7 @@ void StripEffectInput::processBlock(double** in, double** out, int frames) {
   polarity[1].run(right, frames);
   gain.processPair(left, right, frames);
   followPostGain(left, right, frames);
+  if (isColoured()) colour.process(left, right, frames);
   for (int i = 0; i < frames; ++i) followOutput(left[i], right[i]);
   for (int pair = 0; (outputPairs >> pair) != 0; ++pair) {
     if ((outputPairs >> pair & 1) == 0) continue;
@@ -104,6 +139,7 @@ void StripEffectInput::getMeter(int id, double* value) {
   switch (id - meterBase) {
     case kPostGainMeter: *value = postGainLevel; break;
     case kAutomatMeter: *value = knobPosition(gain.aimedGain()); break;
+    case kSaturationMeter: *value = colour.saturation(); break;
     default: break;
   }
 }
@@ -111,6 +147,7 @@ void StripEffectInput::getMeter(int id, double* value) {
 void StripEffectInput::resetMeters() {
   initMeters();
   postGainLevel = postGainFollower = 0.0;
+  colour.clearMeter();
 }
 
 }  // namespace corvane

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/StripEffect.h"
+#include "modules/preamp/ColourStage.h"
 #include "modules/preamp/GainStage.h"
 #include "modules/preamp/Polarity.h"
 
@@ -32,15 +33,21 @@ class StripEffectInput final : public StripEffect {
   void disable() override { enabled = 0; }
 
  private:
+  static constexpr std::int32_t kPlainType = 1;  // "Gain"
+
   bool passes() const { return enabled == 0 || type == 0; }
+  bool isColoured() const { return analog && type != kPlainType; }
+  void setType(double value);
   /// Post-gain meter over a block; `right` may be `left`.
   void followPostGain(const double* left, const double* right, int frames);
 
   preamp::GainStage gain;
+  preamp::ColourStage colour;
   preamp::Polarity polarity[2];
   double postGainFollower = 0.0;
   double postGainLevel = 0.0;  ///< published meter, linear
   std::int32_t enabled = 1;
+  bool analog = true;  ///< colour in the path
 };
 
 }  // namespace corvane

@@ -1,0 +1,73 @@
+#include "modules/preamp/ConsoleParabola.h"
+
+#include <cmath>
+
+namespace corvane::preamp {
+
+namespace {
+
+constexpr double kClipRadians = 18849.55592153876;       // 2 pi 3 kHz
+constexpr double kHighPassRadians = 12.566370614359172;  // 2 pi 2 Hz
+constexpr double kClipFlush = 1e-16;
+constexpr double kOffset70s = 0.0015396885326702942;
+constexpr double kMeter70s = 1.399999976158142, kMeter80s = 1.6800000667572021;
+constexpr double kLift80s = 1.258925411794167;  // 2 dB
+
+/// Second-order high-pass, Q 0.5.
+BiquadCoefficients designHighPass(double sampleRateHz) {
+  const double w0 = kHighPassRadians / sampleRateHz;
+  const double s = std::sin(w0), c = std::cos(w0);
+  const double k = 1.0 / (1.0 + s);
+  BiquadCoefficients design;
+  design.b0 = design.b2 = (1.0 + c) * k / 2.0;
+  design.b1 = -(1.0 + c) * k;
+  design.a1 = -2.0 * c * k;
+  design.a2 = (1.0 - s) * k;
+  return design;
+}
+
+Pair timesAbsolute(Pair v) { return v * absolute(v); }
+
+}  // namespace
+
+void ConsoleParabola::setSampleRate(double hz) {
+  clipShare = 1.0 - std::exp(-kClipRadians / hz);
+  const BiquadCoefficients design = designHighPass(hz);
+  highPass.design(design, design);
+  reset();
+}
+
+void ConsoleParabola::reset() {
+  clipState = Pair{};
+  highPass.clearHistory();
+}
+
+void ConsoleParabola::run(Pair* samples, double* levels, int frames, const ConsoleRow& console,
+                          double meterFactor, Pair offset, double lift) {
+  PairSection filter = highPass;
+  Pair clip = clipState;
+  for (int i = 0; i < frames; ++i) {
+    Pair v = console.inTrim * numbersOrZero(samples[i]) * 0.7071 * 0.7071 * 0.25;
+    v = smaller(larger(v, both(-4.0)), both(4.0));
+    levels[i] = largerLane(meterFactor * absolute(v));
+    const Pair t = v / 2.0;
+    const Pair u = 2.0 * (t - timesAbsolute(t) / 4.0);
+    clip = flushed(clip + (offset + u - clip) * clipShare, kClipFlush);
+    const Pair w = 8.0 * 1.4142 * (u - timesAbsolute(clip) / 4.0);
+    samples[i] = filter.step<false>(w) * 1.4142 * lift * console.outTrim;
+  }
+  clipState = clip;
+  highPass = filter;
+}
+
+void ConsoleParabola::run70s(Pair* samples, double* levels, int frames) {
+  const ConsoleRow& console = consoleOf(Colour::console70s);
+  run(samples, levels, frames, console, kMeter70s, kOffset70s * offsetTrim, 1.0);
+}
+
+void ConsoleParabola::run80s(Pair* samples, double* levels, int frames) {
+  const ConsoleRow& console = consoleOf(Colour::console80s);
+  run(samples, levels, frames, console, kMeter80s, Pair{}, kLift80s);
+}
+
+}  // namespace corvane::preamp

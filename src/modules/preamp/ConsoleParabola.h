@@ -1,0 +1,38 @@
+#pragma once
+
+#include "modules/preamp/ConsoleTable.h"
+#include "modules/preamp/PairSection.h"
+
+namespace corvane::preamp {
+
+/// Parabolic clipper of the 70s and 80s: a soft knee that is full at twice its start, then a second, lopsided
+/// curve that hangs on what lies below 3 kHz, and a high-pass at 2 Hz that takes the offset out again.
+///
+///   u = 2 P(v / 2),  P(t) = t - t |t| / 4, |t| <= 2
+///   c += (offset + u - c) k,  w = 8 sqrt 2 (u - c |c| / 4)
+///
+/// Two channels, nothing allocated. [render]
+class ConsoleParabola {
+ public:
+  /// Trim of the offset of each channel, from the unit's parts.
+  explicit ConsoleParabola(Pair trims) : offsetTrim(trims) {}
+
+  /// Hz; all state to rest.
+  void setSampleRate(double hz);
+  void reset();
+
+  /// In place; writes the drive of each sample to `levels`, for the meter.
+  void run70s(Pair* samples, double* levels, int frames);
+  void run80s(Pair* samples, double* levels, int frames);
+
+ private:
+  void run(Pair* samples, double* levels, int frames, const ConsoleRow& console, double meterFactor,
+           Pair offset, double lift);
+
+  PairSection highPass;
+  Pair offsetTrim;
+  Pair clipState{};
+  double clipShare = 0.0;  ///< per sample, 3 kHz
+};
+
+}  // namespace corvane::preamp

@@ -1,0 +1,76 @@
+#include "modules/preamp/HissSource.h"
+
+#include <cmath>
+#include <numbers>
+
+namespace corvane::preamp {
+
+namespace {
+
+constexpr double kHissFlush = 1e-16;
+
+std::array<NoiseGenerator, 2> seeded(int unit) {
+  const UnitRow& row = kUnitRows[static_cast<std::size_t>(unit)];
+  return {{{16 * row.seedA, 8 * row.seedB, 2 * row.seedC}, {row.seedA, row.seedB, row.seedC}}};
+}
+
+}  // namespace
+
+HissSource::HissSource(int unit)
+    : generators{seeded(unit)[0], seeded(unit)[1]},
+      tolerances(unitTolerances(unit)),
+      gain{tolerances[0].hissGain, tolerances[1].hissGain} {}
+
+void HissSource::configure(const ConsoleRow& console, double sampleRateHz) {
+  share = 1.0 - std::exp(-2.0 * std::numbers::pi * console.hissCornerHz / sampleRateHz);
+  const auto design = [&](PairSection& section, SectionType type, auto rowOfChannel) {
+    BiquadCoefficients c[2];
+    for (std::size_t channel = 0; channel < 2; ++channel) {
+      const SectionRow row = rowOfChannel(tolerances[channel]);
+      c[channel] = designSection(type, row.hz, row.q, row.gainDb, sampleRateHz);
+    }
+    section.design(c[0], c[1]);
+  };
+  const auto spread = [&](const ChannelTolerance& t, int which) {
+    return t.hissPeak[static_cast<std::size_t>((console.firstSpread + which) % 3)];
+  };
+  design(shelf, SectionType::highShelf, [&](const ChannelTolerance& t) {
+    const SectionRow& row = console.hissShelf;
+    return SectionRow{row.hz, row.q, row.gainDb * std::sqrt(t.hissShelf)};
+  });
+  design(peak1, SectionType::peaking, [&](const ChannelTolerance& t) {
+    const SectionRow& row = console.hissPeak1;
+    return SectionRow{row.hz * spread(t, 1), row.q * spread(t, 2), row.gainDb * spread(t, 0)};
+  });
+  design(peak2, SectionType::peaking, [&](const ChannelTolerance& t) {
+    const SectionRow& row = console.hissPeak2;
+    return SectionRow{row.hz, row.q * spread(t, 0), row.gainDb * spread(t, 1)};
+  });
+  design(peak3, SectionType::peaking, [&](const ChannelTolerance& t) {
+    const SectionRow& row = console.hissPeak3;
+    return SectionRow{row.hz * spread(t, 0), row.q * spread(t, 1), row.gainDb * spread(t, 2)};
+  });
+}
+
+void HissSource::reset() {
+  state = Pair{};
+  for (PairSection* section : {&shelf, &peak1, &peak2, &peak3}) section->clearHistory();
+}
+
+void HissSource::draw(Pair* hiss, int frames, double level) {
+  NoiseGenerator left = generators[0], right = generators[1];
+  Pair s = state;
+  for (int i = 0; i < frames; ++i) {
+    const Pair white = 2.0 * Pair{left.next(), right.next()} - 1.0;
+    s = flushed(s + (white - s) * share, kHissFlush);
+    hiss[i] = s * level * scale * gain;
+  }
+  generators[0] = left, generators[1] = right;
+  state = s;
+}
+
+void HissSource::shape(Pair* hiss, int frames) {
+  runSections<4>({&shelf, &peak1, &peak2, &peak3}, hiss, frames);
+}
+
+}  // namespace corvane::preamp

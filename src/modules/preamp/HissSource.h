@@ -1,0 +1,43 @@
+#pragma once
+
+#include "modules/preamp/ConsoleTable.h"
+#include "modules/preamp/NoiseGenerator.h"
+#include "modules/preamp/PairSection.h"
+#include "modules/preamp/PreampTolerances.h"
+
+namespace corvane::preamp {
+
+/// Hiss of a unit: white noise of each channel through a one-pole, then through a shelf and three peaks at
+/// hum frequencies, which give each console its own breath.
+///
+///   s += (2 u - 1 - s) k,  hiss = s * level * scale * the channel's gain
+///
+/// It runs whether it is heard or not, so that switching it on meets no settling. Nothing allocated. [render]
+class HissSource {
+ public:
+  explicit HissSource(int unit);
+
+  /// Shape of a console's hiss at a rate; filters start empty, the one-pole goes on.
+  void configure(const ConsoleRow& console, double sampleRateHz);
+  /// Share of the noise level that arrives, before the spread of the unit.
+  void setScale(double newScale) { scale = newScale; }
+  /// Filters and one-pole to rest. The generators go on: no reset makes the hiss repeat itself.
+  void reset();
+
+  /// White noise behind the one-pole, `level` linear.
+  void draw(Pair* hiss, int frames, double level);
+  /// Shelf and peaks over what was drawn.
+  void shape(Pair* hiss, int frames);
+
+  NoiseGenerator generators[2];
+
+ private:
+  std::array<ChannelTolerance, 2> tolerances;
+  PairSection shelf, peak1, peak2, peak3;
+  Pair state{};
+  Pair gain;
+  double scale = 1.0;
+  double share = 0.0;  ///< of the one-pole, per sample
+};
+
+}  // namespace corvane::preamp

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "core/dsp/Flush.h"
+
+namespace corvane::preamp {
+
+/// Lamp of the colouring stage, 0 .. 1: jumps up with the signal, falls slowly.
+struct SaturationMeter {
+  double level = 0.0;
+
+  /// Over a block of drive levels. `share` per sample, falling.
+  void follow(const double* levels, int frames, double share) {
+    double v = level;
+    for (int i = 0; i < frames; ++i) {
+      const double m = levels[i];
+      v = flushed(m > v ? m : v + (m - v) * share, kFlush);
+      if (v > 1.0) v = 1.0;
+    }
+    level = v;
+  }
+
+  static constexpr double kFlush = 1e-15;
+};
+
+}  // namespace corvane::preamp
