@@ -1,0 +1,65 @@
+#include "corvane/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+
+#include "corvane/Failure.h"
+#include "corvane/Interrupt.h"
+#include "corvane/ParamsCommand.h"
+#include "corvane/RenderCommand.h"
+#include "corvane/Words.h"
+
+namespace corvane::cli {
+
+namespace {
+
+/// CLI11 speaks in sentences over several lines; ours is one line in lower case and names the way to the
+/// help.
+std::string usageText(const CLI::ParseError& error, const CLI::App& app) {
+  std::string text = error.what();
+  if (const auto lineEnd = text.find('\n'); lineEnd != text.npos) text.resize(lineEnd);
+  if (text.size() > 1 && !(text[1] >= 'A' && text[1] <= 'Z')) text.front() = lowerCase(text).front();
+  std::string command = "corvane";
+  for (const CLI::App* chosen : app.get_subcommands()) command += " " + chosen->get_name();
+  return fmt::format("{}; see `{} --help`", text, command);
+}
+
+}  // namespace
+
+int runCommandLine(int argc, const char* const* argv, Console& console) {
+  CLI::App app("Corvane, a mono channel strip, on files", "corvane");
+  app.require_subcommand(1);
+  app.set_version_flag("--version", "corvane " CORVANE_VERSION);
+  app.footer(
+      "`corvane COMMAND --help` tells more, with examples.\nExit codes: 0 done, 1 failed, 2 wrong usage.");
+  RenderOptions render;
+  ParamsOptions params;
+  addRenderCommand(app, render);
+  addParamsCommand(app, params);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForVersion&) {
+    console.print("corvane {}\n", CORVANE_VERSION);
+    return kDone;
+  } catch (const CLI::Success&) {  // a call for help
+    const auto chosen = app.get_subcommands();
+    console.print("{}", chosen.empty() ? app.help() : chosen.front()->help("corvane"));
+    return kDone;
+  } catch (const CLI::ParseError& error) {
+    console.error(usageText(error, app));
+    return kWrongUsage;
+  }
+  try {
+    if (app.got_subcommand("render")) return runRender(render, console);
+    return runParams(params, console);
+  } catch (const Failure& failure) {
+    console.error(failure.what());
+    return failure.exitCode;
+  } catch (const Interrupted& interrupted) {
+    return 128 + interrupted.signal;
+  } catch (const std::exception& problem) {
+    console.error(problem.what());
+    return kFailed;
+  }
+}
+
+}  // namespace corvane::cli

@@ -1,0 +1,93 @@
+#include "corvane/ParameterNames.h"
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+
+#include "core/ParameterBank.h"
+#include "corvane/Failure.h"
+#include "corvane/Words.h"
+
+namespace corvane::cli {
+
+namespace {
+
+constexpr std::size_t kNearestShown = 3;
+constexpr std::size_t kNearestSpread = 4;  // edits beyond the best: about a prefix, "Comp" for "Gate"
+
+std::string_view behindColon(std::string_view name) { return name.substr(name.find(':') + 1); }
+
+std::string nameOf(int id) {
+  char text[kTextBytes];
+  parameterName(id, text);
+  return text;
+}
+
+std::size_t distanceOf(std::string_view asked, std::string_view candidate) {
+  const std::size_t whole = editDistance(asked, candidate);
+  if (asked.find(':') != asked.npos) return whole;
+  return std::min(whole, editDistance(asked, behindColon(candidate)));
+}
+
+std::string nearestNames(std::string_view asked, const std::vector<NamedParameter>& candidates) {
+  std::vector<std::pair<std::size_t, std::string_view>> near;
+  for (const auto& candidate : candidates)
+    near.emplace_back(distanceOf(asked, candidate.name), candidate.name);
+  std::ranges::stable_sort(near, {}, &std::pair<std::size_t, std::string_view>::first);
+  const std::size_t limit = std::min(near.front().first + kNearestSpread, asked.size() / 2 + 1);
+  std::string names;
+  for (std::size_t k = 0; k < kNearestShown && near[k].first <= limit; ++k)
+    names += (names.empty() ? "" : ", ") + std::string(near[k].second);
+  return names;
+}
+
+std::optional<int> idFromDigits(std::string_view text) {
+  if (text.empty() || text.size() > 4 || text.find_first_not_of("0123456789") != text.npos)
+    return std::nullopt;
+  return std::stoi(std::string(text));
+}
+
+}  // namespace
+
+const std::vector<NamedParameter>& hostParameters() {
+  static const std::vector<NamedParameter> parameters = [] {
+    std::vector<NamedParameter> announced;
+    for (int id = 0; id < kParameters; ++id)
+      if (parameterKind(id) & kKindAnnounced) announced.push_back({id, nameOf(id)});
+    return announced;
+  }();
+  return parameters;
+}
+
+std::vector<NamedParameter> insertParameters(const Setting& setting) {
+  std::vector<NamedParameter> named;
+  for (const int place : {kInsertX, kInsertY})
+    if (const ModuleFamily* family = familyInPlace(place, setting))
+      for (const Row& row : family->rows)
+        if (row.offset >= kFirstOwnOffset) {
+          const Place& group = kRack[static_cast<std::size_t>(place)];
+          named.push_back(
+              {group.parameterBase + row.offset, fmt::format("{}:{}", group.prefix, behindColon(row.name))});
+        }
+  return named;
+}
+
+int parameterFromName(std::string_view name, const Setting& setting) {
+  if (const auto id = idFromDigits(name)) {
+    if (parameterKind(*id) & kKindAnnounced) return *id;
+    if (parameterKind(*id) & kKindMeter) refuse("{} is the meter {}, not a parameter", *id, nameOf(*id));
+    refuse("no parameter has the id {}; `corvane params` lists all", *id);
+  }
+  std::vector<NamedParameter> candidates = hostParameters();
+  std::ranges::move(insertParameters(setting), std::back_inserter(candidates));
+  const std::string wanted = lowerCase(name);
+  for (const auto& candidate : candidates)
+    if (lowerCase(candidate.name) == wanted) return candidate.id;
+  for (int id = kParameters; id <= kTotalReductionMeterId; ++id)
+    if (lowerCase(nameOf(id)) == wanted) refuse("{} is a meter, not a parameter", nameOf(id));
+  const std::string near = nearestNames(name, candidates);
+  if (near.empty()) refuse("no parameter \"{}\"; `corvane params` lists all", name);
+  refuse("no parameter \"{}\"; nearest: {}", name, near);
+}
+
+}  // namespace corvane::cli

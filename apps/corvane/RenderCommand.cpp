@@ -1,0 +1,327 @@
+#include "corvane/RenderCommand.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <exception>
+#include <limits>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <thread>
+
+#include "core/StripEffect.h"
+#include "corvane/Failure.h"
+#include "corvane/Interrupt.h"
+#include "corvane/MeterFiles.h"
+#include "corvane/ParameterNames.h"
+#include "corvane/ParameterWords.h"
+#include "corvane/Progress.h"
+#include "corvane/Render.h"
+#include "corvane/Words.h"
+
+namespace corvane::cli {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kMostJobs = 256;
+constexpr int kLongestTailSeconds = 3600;
+
+/// The range of a number on the command line, with our words for a number outside.
+CLI::Validator within(int low, int high) {
+  return CLI::Validator(
+      [=](const std::string& text) {
+        const auto number = numberOf(text);
+        if (number && *number >= low && *number <= high) return std::string();
+        return fmt::format("\"{}\" is not a number from {} to {}", text, low, high);
+      },
+      "");
+}
+
+struct Job {
+  fs::path input, output;
+  std::exception_ptr failure{};
+  RenderReport report{};
+  nlohmann::ordered_json meters{};
+};
+
+struct Assignment {
+  std::string_view name, text;
+};
+
+Assignment splitAssignment(const std::string& argument, const char* form) {
+  const auto equals = argument.find('=');
+  if (equals == argument.npos || equals == 0) refuse("must be {}", form);
+  const std::string_view whole = argument;
+  return {trimmed(whole.substr(0, equals)), trimmed(whole.substr(equals + 1))};
+}
+
+/// Runs `apply` and puts the argument in front of what it refuses.
+template <typename Apply>
+void withArgument(const char* option, const std::string& argument, Apply apply) {
+  try {
+    apply();
+  } catch (const Failure& failure) {
+    refuse("{} {}: {}", option, argument, failure.what());
+  }
+}
+
+BypassSpan bypassFrom(const std::string& argument) {
+  const auto colon = argument.find(':');
+  const std::string_view whole = argument;
+  const auto from = numberOf(whole.substr(0, colon));
+  const auto to = colon == argument.npos ? std::numeric_limits<double>::infinity()
+                                         : numberOf(whole.substr(colon + 1)).value_or(-1.0);
+  if (!from || *from < 0.0 || to <= *from)
+    refuse("--bypass {}: must be FROM or FROM:TO in seconds, FROM 0 or more and TO later", argument);
+  return {*from, to};
+}
+
+RenderPlan planFrom(const RenderOptions& options) {
+  RenderPlan plan;
+  plan.setting = settingFrom(options.sets, options.raws);
+  for (const auto& bypass : options.bypasses) plan.bypasses.push_back(bypassFrom(bypass));
+  const auto format = outputFormatOf(options.format);
+  if (!format) refuse("--format {}: must be float, pcm16, pcm24 or flac", options.format);
+  plan.format = *format;
+  plan.blockFrames = options.blockFrames;
+  plan.tailSeconds = options.tailSeconds;
+  if (!options.key.empty()) plan.key = options.key;
+  if (!options.automation.empty())
+    plan.automation = readAutomation(
+        options.automation, [&](std::string_view name) { return parameterFromName(name, plan.setting); });
+  return plan;
+}
+
+fs::path outputIn(const fs::path& folder, const fs::path& input, OutputFormat format) {
+  fs::path name = input.filename();
+  return folder / name.replace_extension(extensionOf(format));
+}
+
+std::vector<Job> jobsFrom(const RenderOptions& options, OutputFormat format) {
+  if (options.output.empty() == options.outputFolder.empty())
+    refuse("render needs one of -o FILE and --out-dir FOLDER");
+  if (options.inputs.size() > 1 && !options.output.empty())
+    refuse("-o {}: takes one input, {} are given; use --out-dir", options.output, options.inputs.size());
+  if (options.inputs.size() > 1 && !options.meterLog.empty())
+    refuse("--meter-log {}: takes one input, {} are given", options.meterLog, options.inputs.size());
+  std::vector<Job> jobs;
+  std::map<fs::path, fs::path> writers;
+  for (const fs::path input : options.inputs) {
+    fs::path output = options.output;
+    if (output.empty()) {
+      output = outputIn(options.outputFolder, input, format);
+      const auto [other, isNew] = writers.emplace(output, input);
+      if (!isNew)
+        refuse("--out-dir {}: {} and {} would both become {}", options.outputFolder, printable(other->second),
+               printable(input), printable(output.filename()));
+      std::error_code error;
+      if (fs::equivalent(output, input, error))
+        refuse("--out-dir {}: would overwrite the input {}; name it with -o if that is meant",
+               options.outputFolder, printable(input));
+    }
+    jobs.push_back({.input = input, .output = output});
+  }
+  return jobs;
+}
+
+void makeFolder(const fs::path& folder) {
+  std::error_code error;
+  fs::create_directories(folder, error);
+  if (error && !fs::is_directory(folder))
+    fail("cannot make the folder {}: {}", printable(folder), error.message());
+}
+
+std::string levelText(double gain) { return decibels(gain, 1) + " dBFS"; }
+
+void tell(const Job& job, Console& console) {
+  const RenderReport& report = job.report;
+  console.print("{} -> {}  {} ch, {} Hz, {:.2f} s  peak {} -> {}  rms {} -> {}  reduction {:.1f} dB\n",
+                printable(job.input), printable(job.output), report.channels, report.rateHz,
+                static_cast<double>(report.frames) / report.rateHz, decibels(report.input.peak, 1),
+                levelText(report.output.peak), decibels(report.input.rms(), 1),
+                levelText(report.output.rms()), reductionDb(report.largestReduction));
+  if (report.clippedSamples > 0)
+    console.note("{}: {} samples were above full scale and hold there; --format float keeps them",
+                 printable(job.output), report.clippedSamples);
+}
+
+void noteClampedRate(const Job& job, double rateHz, Console& console) {
+  const double clamped = clampedRate(rateHz);
+  if (clamped != rateHz)
+    console.note("{}: {} Hz is outside {} to {} Hz; the strip works as if at {} Hz", printable(job.input),
+                 rateHz, kLowestRateHz, kHighestRateHz, clamped);
+}
+
+/// All jobs, several at a time. Strips are made in the order of the inputs, whoever is ready first.
+class Batch {
+ public:
+  Batch(const RenderPlan& renderPlan, const RenderOptions& renderOptions, std::vector<Job>& batchJobs,
+        Console& batchConsole)
+      : plan(renderPlan), options(renderOptions), jobs(batchJobs), console(batchConsole), progress(console) {}
+
+  void run(std::size_t workers) {
+    std::vector<std::jthread> others;
+    for (std::size_t k = 1; k < workers; ++k) others.emplace_back([this] { work(); });
+    work();
+  }
+
+ private:
+  void work() {
+    for (;;) {
+      Job* job = nullptr;
+      std::optional<FileRender> render;
+      {
+        const std::lock_guard ticket(construction);
+        if (next == jobs.size() || interruptSignal() != 0) return;
+        job = &jobs[next++];
+        guarded(*job, [&] { render.emplace(plan, job->input); });
+      }
+      if (render) guarded(*job, [&] { finish(*job, *render); });
+    }
+  }
+
+  template <typename Step>
+  void guarded(Job& job, Step step) {
+    try {
+      step();
+    } catch (const Failure& failure) {
+      job.failure = std::current_exception();
+      console.error(failure.what());
+    } catch (const Interrupted&) {
+      job.failure = std::current_exception();
+    } catch (const std::exception& problem) {  // no memory, a file system's own words
+      job.failure = std::current_exception();
+      console.error(fmt::format("cannot render {}: {}", printable(job.input), problem.what()));
+    }
+  }
+
+  void finish(Job& job, FileRender& render) {
+    noteClampedRate(job, render.rateHz(), console);
+    progress.expect(render.promisedFrames());
+    std::optional<MeterLog> log;
+    BlockListener listener;
+    if (!options.meterLog.empty()) {
+      log.emplace(options.meterLog);
+      listener = [&](const ChannelBlock& block) { log->add(block); };
+    }
+    job.report = render.run(job.output, listener, [&](std::int64_t frames) { progress.advance(frames); });
+    if (log) log->commit();
+    if (!options.meters.empty()) job.meters = meterReadings(render.strips());
+    if (!options.quiet) tell(job, console);
+  }
+
+  const RenderPlan& plan;
+  const RenderOptions& options;
+  std::vector<Job>& jobs;
+  Console& console;
+  Progress progress;
+  std::mutex construction;
+  std::size_t next = 0;
+};
+
+void writeMeters(const std::string& path, const std::vector<Job>& jobs) {
+  auto files = nlohmann::ordered_json::array();
+  for (const Job& job : jobs)
+    if (!job.failure)
+      files.push_back({{"input", job.input.string()},
+                       {"output", job.output.string()},
+                       {"rate", job.report.rateHz},
+                       {"frames", job.report.frames},
+                       {"channels", job.meters}});
+  const nlohmann::ordered_json whole = {{"files", files}};
+  // names of files may be any bytes, JSON is UTF-8
+  writeFile(path, whole.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+}
+
+constexpr const char* kExamples = R"(Examples:
+  corvane render voice.wav -o out.wav --set Comp:Threshold=-24 --set "Comp:Type=Opto Clamper"
+  corvane render voice.wav -o out.wav --set "InsX:Type=De-esser" --set InsX:Position=A
+  corvane render drums.wav -o out.wav --key kick.wav --set "Comp:Side Chain=Ext AUX"
+  corvane render takes/*.wav --out-dir mixed --format pcm24 --jobs 4
+
+Names are those of `corvane params`; ids do as well. Modules in an insert also go by their own words, as in
+InsX:Threshold. Every channel of a file runs through a strip of its own.)";
+
+}  // namespace
+
+Setting settingFrom(const std::vector<std::string>& sets, const std::vector<std::string>& raws) {
+  Setting setting;
+  for (const auto& argument : sets)
+    withArgument("--set", argument, [&] {
+      const auto [name, text] = splitAssignment(argument, "NAME=TEXT");
+      const int id = parameterFromName(name, setting);
+      setting.edit(id, valueFromWords(id, text, setting));
+    });
+  for (const auto& argument : raws)
+    withArgument("--raw", argument, [&] {
+      const auto [name, text] = splitAssignment(argument, "NAME=VALUE");
+      const int id = parameterFromName(name, setting);
+      const auto value = numberOf(text);
+      if (!value) refuse("\"{}\" is not a number", text);
+      if (*value < 0.0 || *value > 1.0) refuse("outside 0 to 1");
+      setting.store(id, *value);
+    });
+  return setting;
+}
+
+void addRenderCommand(CLI::App& app, RenderOptions& o) {
+  CLI::App* render = app.add_subcommand("render", "Renders audio files through the strip");
+  render->add_option("IN", o.inputs, "Audio files, any that libsndfile reads")->required();
+  render->add_option("-o,--output", o.output, "File to write")->type_name("OUT");
+  render->add_option("--out-dir", o.outputFolder, "Folder to write to, under the names of the inputs")
+      ->type_name("DIR");
+  render
+      ->add_option("--set", o.sets, "A person's edit, as often as wanted: Comp:Threshold=-20, EQ:HI Freq=2k5")
+      ->type_name("NAME=TEXT")
+      ->expected(1)
+      ->take_all();
+  render->add_option("--raw", o.raws, "A bare normalised value 0..1, after all --set, no rule applied")
+      ->type_name("NAME=VALUE")
+      ->expected(1)
+      ->take_all();
+  render
+      ->add_option("--automation", o.automation,
+                   "CSV rows seconds,name-or-id,normalised; a change lands on the first block boundary at or "
+                   "after its time")
+      ->type_name("FILE.csv");
+  render
+      ->add_option("--key", o.key, "Side chain: a file of the same rate, one channel or as many as the input")
+      ->type_name("FILE");
+  render->add_option("--block", o.blockFrames, "Frames that the strip is given at a time (512)")
+      ->type_name("N")
+      ->check(within(1, kLargestBlockFrames));
+  render
+      ->add_option("--bypass", o.bypasses,
+                   "The host's bypass, in seconds, at block boundaries; may be repeated")
+      ->type_name("FROM[:TO]")
+      ->expected(1)
+      ->take_all();
+  render->add_option("--tail", o.tailSeconds, "Silence behind the end, so that releases close (0)")
+      ->type_name("SECONDS")
+      ->check(within(0, kLongestTailSeconds));
+  render->add_option("--format", o.format, "float, pcm16, pcm24 (WAV) or flac (float)")->type_name("FORMAT");
+  render->add_option("--meters", o.meters, "Writes every meter after the last block")->type_name("FILE.json");
+  render->add_option("--meter-log", o.meterLog, "Writes levels and reductions of every block")
+      ->type_name("FILE.csv");
+  render->add_option("--jobs", o.jobs, "Files at a time (one for each processor)")
+      ->type_name("N")
+      ->check(within(1, kMostJobs));
+  render->add_flag("-q,--quiet", o.quiet, "No line for each file");
+  render->footer(kExamples);
+}
+
+int runRender(const RenderOptions& options, Console& console) {
+  const RenderPlan plan = planFrom(options);
+  std::vector<Job> jobs = jobsFrom(options, plan.format);
+  if (!options.outputFolder.empty()) makeFolder(options.outputFolder);
+  const auto processors = static_cast<std::size_t>(std::max(1U, std::thread::hardware_concurrency()));
+  const std::size_t workers = options.jobs > 0 ? static_cast<std::size_t>(options.jobs) : processors;
+  Batch(plan, options, jobs, console).run(std::min(workers, jobs.size()));
+  stopIfInterrupted();
+  const bool allDone = std::ranges::none_of(jobs, [](const Job& job) { return job.failure != nullptr; });
+  if (!options.meters.empty() && (allDone || jobs.size() > 1)) writeMeters(options.meters, jobs);
+  return allDone ? kDone : kFailed;
+}
+
+}  // namespace corvane::cli

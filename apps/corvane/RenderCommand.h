@@ -1,0 +1,36 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "corvane/Console.h"
+#include "corvane/Setting.h"
+
+namespace CLI {
+class App;
+}
+
+namespace corvane::cli {
+
+/// What the user typed behind `corvane render`.
+struct RenderOptions {
+  std::vector<std::string> inputs;
+  std::string output, outputFolder;
+  std::vector<std::string> sets, raws;
+  std::string automation, key, format = "float", meters, meterLog;
+  std::vector<std::string> bypasses;
+  int blockFrames = 512;
+  double tailSeconds = 0.0;
+  int jobs = 0;  ///< 0: one for each processor
+  bool quiet = false;
+};
+
+void addRenderCommand(CLI::App& app, RenderOptions& options);
+/// Renders; the exit code. Throws Failure and Interrupted.
+int runRender(const RenderOptions& options, Console& console);
+
+/// The setting that a list of `--set` and then of `--raw` arguments leads to. Throws Failure.
+Setting settingFrom(const std::vector<std::string>& sets, const std::vector<std::string>& raws);
+
+}  // namespace corvane::cli

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <array>
+
+#include "core/ModuleFamily.h"
+#include "core/Rack.h"
+
+namespace corvane::cli {
+
+/// The values of a strip, normalised, by id; starts as the default strip.
+class Setting {
+ public:
+  Setting();
+
+  double value(int id) const { return values[static_cast<std::size_t>(id)]; }
+  /// A person's edit: a new module in an insert gets its defaults, a moved place shifts those between.
+  void edit(int id, double value);
+  /// The bare value, as a stored session writes it.
+  void store(int id, double value) { values[static_cast<std::size_t>(id)] = value; }
+  const std::array<double, kParameters>& all() const { return values; }
+
+ private:
+  void loadInsertDefaults(int place, int insertIndex);
+  void move(int place, int newPosition);
+
+  std::array<double, kParameters> values{};
+};
+
+/// Family of the module that stands in a place under this setting; null for an empty insert.
+const ModuleFamily* familyInPlace(int place, const Setting& setting);
+
+}  // namespace corvane::cli

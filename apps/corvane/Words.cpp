@@ -1,0 +1,58 @@
+#include "corvane/Words.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <numeric>
+#include <vector>
+
+namespace corvane::cli {
+
+std::string_view trimmed(std::string_view text) {
+  constexpr std::string_view kBlank = " \t\r\n\v\f";
+  const auto first = text.find_first_not_of(kBlank);
+  if (first == text.npos) return {};
+  return text.substr(first, text.find_last_not_of(kBlank) - first + 1);
+}
+
+std::string lowerCase(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  return lower;
+}
+
+std::optional<double> numberOf(std::string_view text) {
+  if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
+  double value = 0.0;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (result.ec != std::errc{} || result.ptr != text.data() + text.size() || !std::isfinite(value))
+    return std::nullopt;
+  return value;
+}
+
+std::size_t editDistance(std::string_view a, std::string_view b) {
+  const std::string from = lowerCase(a), to = lowerCase(b);
+  std::vector<std::size_t> row(to.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (std::size_t i = 1; i <= from.size(); ++i) {
+    std::size_t diagonal = row[0];
+    row[0] = i;
+    for (std::size_t j = 1; j <= to.size(); ++j) {
+      const std::size_t replaced = diagonal + (from[i - 1] == to[j - 1] ? 0 : 1);
+      diagonal = row[j];
+      row[j] = std::min({row[j] + 1, row[j - 1] + 1, replaced});
+    }
+  }
+  return row.back();
+}
+
+std::string shortest(double value) { return fmt::format("{}", value); }
+
+std::string decibels(double gain, int decimals) {
+  return gain > 0.0 ? fmt::format("{:.{}f}", 20.0 * std::log10(gain), decimals) : "-inf";
+}
+
+}  // namespace corvane::cli

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace corvane::cli {
+
+/// Without the blanks, tabs and line ends around it.
+std::string_view trimmed(std::string_view text);
+/// Letters of English in lower case, other bytes as they are.
+std::string lowerCase(std::string_view text);
+/// The whole text as a finite decimal number, whatever the locale.
+std::optional<double> numberOf(std::string_view text);
+/// Letters to insert, drop or replace to get from one to the other, letter case aside.
+std::size_t editDistance(std::string_view a, std::string_view b);
+/// Shortest decimal number that reads back as `value`.
+std::string shortest(double value);
+/// dB of a linear gain, "-inf" for 0.
+std::string decibels(double gain, int decimals);
+
+}  // namespace corvane::cli
