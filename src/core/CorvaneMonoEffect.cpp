@@ -343,8 +343,9 @@ void CorvaneMonoEffect::runChain(int frames) {
   for (StripEffect* module : chain) {
     if (!module) continue;
     module->processBlockMono(inputTable.data(), outputTable.data(), frames);
-    if (monitorActive && module == monitoredModule) return;
+    if (monitorActive && module == monitoredModule) break;
   }
+  StripEffect::settleMeters(chain);
 }
 
 void CorvaneMonoEffect::crossfade(int frames) {

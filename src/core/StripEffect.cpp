@@ -18,6 +18,7 @@ StripEffect::StripEffect(std::int32_t parameters, std::int32_t meters, std::int3
 StripEffect::~StripEffect() = default;
 
 void StripEffect::initMeters() {
+  pending.frames = 0;
   inputLevel = outputLevel = 0.0;
   inputFollower[0] = inputFollower[1] = 0.0;
   outputFollower[0] = outputFollower[1] = 0.0;
@@ -25,42 +26,106 @@ void StripEffect::initMeters() {
 }
 
 void StripEffect::updateMeterCoefficients() {
+  settle();
   meterAttack = 1.0 - std::pow(0.01, 1.0 / (kMeterRiseMs * sampleRate * 0.001));
   meterRelease = 1.0 - std::pow(0.0625, 1.0 / (kMeterFallMs * sampleRate * 0.001));
 }
 
 void StripEffect::followInput(double a, double b) {
+  settle();
   inputFollower[0] = followLevel(std::abs(a), inputFollower[0], meterAttack, meterRelease);
   inputFollower[1] = followLevel(std::abs(b), inputFollower[1], meterAttack, meterRelease);
   inputLevel = std::max(inputFollower[0], inputFollower[1]);
 }
 
 void StripEffect::followOutput(double a, double b) {
+  settle();
   outputFollower[0] = followLevel(std::abs(a), outputFollower[0], meterAttack, meterRelease);
   outputFollower[1] = followLevel(std::abs(b), outputFollower[1], meterAttack, meterRelease);
   outputLevel = std::max(outputFollower[0], outputFollower[1]);
 }
 
 void StripEffect::followMono(const double* input, const double* output, int frames) {
-  ChannelMeters meters = channelMeters(0);
-  for (int i = 0; i < frames; ++i) meters.step(input[i], output[i]);
-  publishMono(meters);
+  keep(input, output, frames, false);
 }
 
-ChannelMeters StripEffect::channelMeters(int channel) const {
-  return {meterAttack, meterRelease, inputFollower[channel], outputFollower[channel]};
+void StripEffect::followPair(const double* const* input, const double* const* output, int frames) {
+  for (int i = 0; i < frames; ++i) {
+    followInput(input[0][i], input[1][i]);
+    followOutput(output[0][i], output[1][i]);
+  }
 }
 
-void StripEffect::publishMono(const ChannelMeters& meters) {
-  inputFollower[0] = inputFollower[1] = inputLevel = meters.input;
-  outputFollower[0] = outputFollower[1] = outputLevel = meters.output;
+// Meters in arrears: levels do not touch the sound, so a block is kept until the rack settles all places at
+// once, or until somebody asks.
+
+void StripEffect::keep(const double* first, const double* second, int frames, bool passed) {
+  settle();
+  if (frames < 1) return;
+  pending.frames = frames;
+  pending.passed = passed;
+  std::copy_n(first, frames, pending.first);
+  std::copy_n(second, frames, pending.second);
 }
 
-void StripEffect::publishPair(const ChannelMeters& left, const ChannelMeters& right) {
-  inputFollower[0] = left.input, inputFollower[1] = right.input;
-  outputFollower[0] = left.output, outputFollower[1] = right.output;
-  inputLevel = std::max(left.input, right.input);
-  outputLevel = std::max(left.output, right.output);
+int StripEffect::jobs(LevelJob* to) const {
+  if (pending.frames == 0) return 0;
+  const auto job = [this](const double* samples, double level) {
+    return LevelJob{samples, level, meterAttack, meterRelease};
+  };
+  to[0] = job(pending.first, inputFollower[0]);
+  if (!pending.passed) {
+    to[1] = job(pending.second, outputFollower[0]);
+    return 2;
+  }
+  to[1] = job(pending.first, outputFollower[0]);
+  to[2] = job(pending.second, inputFollower[1]);
+  to[3] = job(pending.second, outputFollower[1]);
+  return 4;
+}
+
+void StripEffect::take(const LevelJob* from) {
+  inputFollower[0] = from[0].level;
+  outputFollower[0] = from[1].level;
+  inputFollower[1] = pending.passed ? from[2].level : from[0].level;
+  outputFollower[1] = pending.passed ? from[3].level : from[1].level;
+  inputLevel = std::max(inputFollower[0], inputFollower[1]);
+  outputLevel = std::max(outputFollower[0], outputFollower[1]);
+  pending.frames = 0;
+}
+
+void StripEffect::settle() {
+  if (pending.frames == 0) return;
+  StripEffect* const self = this;
+  settleMeters({&self, 1});
+}
+
+void StripEffect::settleMeters(std::span<StripEffect* const> modules) {
+  constexpr std::size_t kAtOnce = 9, kJobsEach = 4;
+  while (modules.size() > kAtOnce) {
+    settleMeters(modules.first(kAtOnce));
+    modules = modules.subspan(kAtOnce);
+  }
+  LevelJob all[kAtOnce * kJobsEach];
+  int frames = 0;
+  std::size_t count = 0;
+  for (StripEffect* module : modules) {
+    if (!module || module->pending.frames == 0) continue;
+    if (frames != 0 && module->pending.frames != frames) {  // left over from another block
+      module->settle();
+      continue;
+    }
+    frames = module->pending.frames;
+    count += static_cast<std::size_t>(module->jobs(all + count));
+  }
+  followLevels({all, count}, frames);
+  std::size_t at = 0;
+  for (StripEffect* module : modules) {
+    if (!module || module->pending.frames == 0) continue;
+    const std::size_t used = module->pending.passed ? 4 : 2;
+    module->take(all + at);
+    at += used;
+  }
 }
 
 void StripEffect::writeMono(const double* samples, double** out, int frames) const {
@@ -72,18 +137,16 @@ void StripEffect::writeMono(const double* samples, double** out, int frames) con
 void StripEffect::passThroughBlock(double** in, double** out, int frames) {
   const double* left = in[2 * inputPair];
   const double* right = in[2 * inputPair + 1];
-  for (int i = 0; i < frames; ++i) {
-    followInput(left[i], right[i]);
-    followOutput(left[i], right[i]);
-  }
+  keep(left, right, frames, true);
   for (int pair = 0; (outputPairs >> pair) != 0; ++pair) {
     if ((outputPairs >> pair & 1) == 0) continue;
-    std::copy(left, left + frames, out[2 * pair]);
-    std::copy(right, right + frames, out[2 * pair + 1]);
+    if (out[2 * pair] != left) std::copy_n(left, frames, out[2 * pair]);
+    if (out[2 * pair + 1] != right) std::copy_n(right, frames, out[2 * pair + 1]);
   }
 }
 
-bool StripEffect::getLevelMeter(int id, double* value) const {
+bool StripEffect::getLevelMeter(int id, double* value) {
+  settle();
   if (id == meterBase) *value = inputLevel;
   if (id == meterBase + 1) *value = outputLevel;
   return id == meterBase || id == meterBase + 1;

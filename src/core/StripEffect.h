@@ -2,37 +2,21 @@
 
 #include <cmath>
 #include <cstdint>
+#include <span>
 
 #include "core/dsp/Biquad.h"
 #include "core/dsp/Flush.h"
+#include "core/dsp/LevelFollower.h"
 
 namespace corvane {
 
 inline constexpr double kLowestRateHz = 44100.0;
 inline constexpr double kHighestRateHz = 384000.0;
-inline constexpr double kMeterFlush = 1e-14;  // -280 dBFS, far below what a 24-bit converter resolves
 
 /// `hz` within the rates that the strip runs at; not-a-number counts as the lowest.
 inline double clampedRate(double hz, double highestHz = kHighestRateHz) {
   return hz > kLowestRateHz ? (hz < highestHz ? hz : highestHz) : kLowestRateHz;
 }
-
-/// One sample of a level meter: `magnitude` and `level` linear, the coefficients as shares of the distance.
-inline double followLevel(double magnitude, double level, double attack, double release) {
-  level += (magnitude - level) * (magnitude > level ? attack : release);
-  return flushed(level, kMeterFlush);
-}
-
-/// The two level meters of one channel as plain numbers, for a module that steps them inside its own sample
-/// loop: recursions that do not wait for each other share the time of the slowest.
-struct ChannelMeters {
-  double attack, release;  ///< shares of the distance per sample
-  double input, output;    ///< levels, linear
-  void step(double in, double out) {
-    input = followLevel(std::abs(in), input, attack, release);
-    output = followLevel(std::abs(out), output, attack, release);
-  }
-};
 
 /// Base of every module of the rack: the contract between the processor and a module, and the level meters
 /// that all modules share.
@@ -70,6 +54,10 @@ class StripEffect {
   /// The module passes its input; its level meters go on following.
   virtual void disable() = 0;
 
+  /// Brings the level meters of `modules` up to the block they processed last. The rack calls it once for all
+  /// places, since many meters side by side cost little more than one; a module alone catches up when read.
+  static void settleMeters(std::span<StripEffect* const> modules);
+
  protected:
   /// Level meters to silence, coefficients from `sampleRate`.
   void initMeters();
@@ -79,21 +67,17 @@ class StripEffect {
   void followInput(double a, double b);
   /// One sample of each channel of a pair into the output meter.
   void followOutput(double a, double b);
-  /// Both meters over a mono block: `input` as it came, `output` as it leaves. Publishes both, and keeps the
-  /// second channel's followers at the same level, so that a later pass-through shows no old one.
+  /// Both meters over a mono block of at most kBlockFrames: `input` as it came, `output` as it leaves. The
+  /// second channel's followers take the same level, so that a later pass-through shows no old one.
   void followMono(const double* input, const double* output, int frames);
-  /// Meters of channel 0 or 1 to step by hand; give them back with `publishMono` or `publishPair`.
-  ChannelMeters channelMeters(int channel) const;
-  /// Ends a mono block that stepped channel 0 by hand; what `followMono` says of the second channel holds.
-  void publishMono(const ChannelMeters& meters);
-  /// Ends a two-channel block that stepped both by hand.
-  void publishPair(const ChannelMeters& left, const ChannelMeters& right);
+  /// Both meters over a two-channel block: two inputs as they came, two outputs as they leave.
+  void followPair(const double* const* input, const double* const* output, int frames);
   /// Writes `samples` to both channels of the output pair, if the module writes it at all.
   void writeMono(const double* samples, double** out, int frames) const;
   /// The definition of passing a signal unchanged: followers run, samples go to the output pairs.
   void passThroughBlock(double** in, double** out, int frames);
   /// Meters 0 and 1 of the group. True if `id` was one of them.
-  bool getLevelMeter(int id, double* value) const;
+  bool getLevelMeter(int id, double* value);
 
   std::int32_t parameterBase;
   std::int32_t meterBase;
@@ -110,6 +94,22 @@ class StripEffect {
   double meterRelease = 0.0;         ///< share of the distance per sample, falling
   double inputFollower[2] = {};
   double outputFollower[2] = {};
+
+ private:
+  /// A block whose levels are still to be followed.
+  struct Pending {
+    int frames = 0;       ///< 0: nothing to do
+    bool passed = false;  ///< both channels of a pair, in and out alike; else one channel's input and output
+    alignas(16) double first[kBlockFrames];
+    alignas(16) double second[kBlockFrames];
+  };
+
+  void settle();
+  void keep(const double* first, const double* second, int frames, bool passed);
+  int jobs(LevelJob* to) const;
+  void take(const LevelJob* from);
+
+  Pending pending;
 };
 
 }  // namespace corvane

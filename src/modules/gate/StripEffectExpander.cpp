@@ -115,19 +115,15 @@ const double* StripEffectExpander::filterKey(const double* key, double* filtered
 
 template <typename Curve>
 void StripEffectExpander::runVariant(Curve curve, const double* input, const double* key, double* levels,
-                                     double* output, int frames, gate::GateState& state,
-                                     ChannelMeters& meters) const {
+                                     double* output, int frames, gate::GateState& state) const {
   const gate::GateCoefficients c = coefficients();
   gate::GateState s = state;
-  ChannelMeters m = meters;
   const bool listens = monitor != 0;
-  // The meters run beside the gain: neither recursion waits for the other.
   const auto run = [&](auto step) {
     for (int i = 0; i < frames; ++i) {
       step(levels[i]);
       s.gain = c.range + (1.0 - c.range) * s.gainSmoothed;
       output[i] = listens ? key[i] : input[i] * s.gain;
-      m.step(input[i], output[i]);
     }
   };
   if (type == kGate) {
@@ -139,12 +135,11 @@ void StripEffectExpander::runVariant(Curve curve, const double* input, const dou
     run([&](double target) { gate::stepExpander(target, c, curve, s); });
   }
   state = s;
-  meters = m;
 }
 
 void StripEffectExpander::runChannel(const double* input, const double* key, double* levels, double* output,
-                                     int frames, gate::GateState& state, ChannelMeters& meters) const {
-  const auto run = [&](auto curve) { runVariant(curve, input, key, levels, output, frames, state, meters); };
+                                     int frames, gate::GateState& state) const {
+  const auto run = [&](auto curve) { runVariant(curve, input, key, levels, output, frames, state); };
   if (curveExponent == 1.0)
     run(gate::PlainCurve{});
   else if (curveExponent == 0.5)
@@ -166,9 +161,8 @@ void StripEffectExpander::processBlockMono(double** in, double** out, int frames
   Channel& channel = channels[0];
   const double* key = filterKey(in[2 * sideChainSource], filtered, frames, channel);
   for (int i = 0; i < frames; ++i) levels[i] = std::abs(key[i]) * inverseThreshold;
-  ChannelMeters meters = channelMeters(0);
-  runChannel(in[2 * inputPair], key, levels, output, frames, channel.state, meters);
-  publishMono(meters);
+  runChannel(in[2 * inputPair], key, levels, output, frames, channel.state);
+  followMono(in[2 * inputPair], output, frames);
   publishGain(channel.state.gain);
   writeMono(output, out, frames);
 }
@@ -185,11 +179,11 @@ void StripEffectExpander::processBlock(double** in, double** out, int frames) {
         filterKey(in[2 * sideChainSource + k], filtered[k], frames, channels[static_cast<std::size_t>(k)]);
   for (int i = 0; i < frames; ++i)
     levels[0][i] = levels[1][i] = std::max(std::abs(key[0][i]), std::abs(key[1][i])) * inverseThreshold;
-  ChannelMeters meters[2] = {channelMeters(0), channelMeters(1)};
   for (int k = 0; k < 2; ++k)
     runChannel(in[2 * inputPair + k], key[k], levels[k], output[k], frames,
-               channels[static_cast<std::size_t>(k)].state, meters[k]);
-  publishPair(meters[0], meters[1]);
+               channels[static_cast<std::size_t>(k)].state);
+  const double* outputs[2] = {output[0], output[1]};
+  followPair(in + 2 * inputPair, outputs, frames);
   publishGain(std::min(channels[0].state.gain, channels[1].state.gain));
   if ((outputPairs & 1) == 0) return;
   for (int k = 0; k < 2; ++k) std::copy_n(output[k], frames, out[k]);

@@ -49,12 +49,12 @@ class StripEffectExpander final : public StripEffect {
   gate::GateCoefficients coefficients() const;
   /// The key of one channel behind the filters that are in: `key` itself, or `filtered` where it went.
   const double* filterKey(const double* key, double* filtered, int frames, Channel& channel) const;
-  /// Gain, output and meters of one channel. `levels`: rectified key over threshold, overwritten.
+  /// Gain and output of one channel. `levels`: rectified key over threshold, overwritten.
   void runChannel(const double* input, const double* key, double* levels, double* output, int frames,
-                  gate::GateState& state, ChannelMeters& meters) const;
+                  gate::GateState& state) const;
   template <typename Curve>
   void runVariant(Curve curve, const double* input, const double* key, double* levels, double* output,
-                  int frames, gate::GateState& state, ChannelMeters& meters) const;
+                  int frames, gate::GateState& state) const;
   void publishGain(double lastGain);
 
   template <typename Action>
