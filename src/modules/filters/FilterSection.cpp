@@ -1,0 +1,113 @@
+#include "modules/filters/FilterSection.h"
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <numbers>
+
+namespace corvane {
+
+namespace {
+
+constexpr double kGlideMs = 60.0;                                    // at the rate of construction
+constexpr double kOnePoleGlide = 0.001, kOnePoleGlideFlush = 1e-18;  // share of the way per sample
+constexpr double kTurn = 6.283;
+
+}  // namespace
+
+FilterSection::FilterSection(double sampleRateHz, SectionType sectionType, double frequencyHz,
+                             double sectionQ, double sectionGainDb)
+    : type(sectionType),
+      frequency(frequencyHz),
+      q(sectionQ),
+      gainDb(sectionGainDb),
+      sampleRate(sampleRateHz),
+      glide(static_cast<std::int32_t>(sampleRateHz * kGlideMs / 1000.0)) {
+  retarget();
+  snapToTarget();
+}
+
+void FilterSection::setActive(bool on) {
+  if (on == active) return;
+  active = on;
+  clearHistory();
+  snapToTarget();
+}
+
+void FilterSection::snapToTarget() {
+  glide.snap();
+  current = target;
+}
+
+void FilterSection::setFrequency(double hz) {
+  frequency = std::clamp(hz, 0.001, sampleRate);
+  retarget();
+}
+
+void FilterSection::setQ(double newQ) {
+  q = std::clamp(newQ, 0.0001, 1000.0);
+  retarget();
+}
+
+void FilterSection::setGainDb(double db) {
+  gainDb = std::clamp(db, -1000.0, 1000.0);
+  retarget();
+}
+
+void FilterSection::setType(SectionType newType) {
+  type = newType;
+  retarget();
+}
+
+void FilterSection::setSampleRate(double hz) {
+  sampleRate = hz;
+  retarget();
+}
+
+void FilterSection::retarget() {
+  if (isOnePole()) {
+    target = {};
+    target.a0 = 1.0 - std::exp(frequency * -kTurn / sampleRate);
+  } else {
+    target = designSection(type, frequency, q, gainDb, sampleRate);
+  }
+  glide.aim(target);
+}
+
+double FilterSection::targetMagnitude(double hz) const {
+  if (!isOnePole()) return magnitude(target, hz, sampleRate);
+  const auto z1 = std::polar(1.0, -2.0 * std::numbers::pi * hz / sampleRate);
+  const auto low = target.a0 / (1.0 - (1.0 - target.a0) * z1);
+  return std::abs(type == SectionType::onePoleLow ? low : 1.0 - low);
+}
+
+void FilterSection::stepGlide() {
+  if (stands()) {
+    current = target;
+  } else if (isOnePole()) {
+    current.a0 = flushed(current.a0 + (target.a0 - current.a0) * kOnePoleGlide, kOnePoleGlideFlush);
+    --glide.remaining;
+  } else {
+    glide.advance(current);
+  }
+}
+
+double FilterSection::processSample(double sample) {
+  stepGlide();
+  if (!isOnePole()) return filterSample(sample, current, history);
+  const double x0 = numberOrZero(sample);
+  const double lp = numberOrZero(flushed(history.y0 + (x0 - history.y0) * current.a0, kFilterFlush));
+  pushHistory(x0, lp, history);
+  return type == SectionType::onePoleLow ? lp : x0 - lp;
+}
+
+void FilterSection::processBuffer(double* samples, int count) {
+  for (int i = 0; i < count; ++i) samples[i] = processSample(samples[i]);
+}
+
+void FilterSection::processSeries(std::span<FilterSection* const> series, double* samples, int count) {
+  for (FilterSection* section : series)
+    if (section->active) section->processBuffer(samples, count);
+}
+
+}  // namespace corvane
