@@ -16,13 +16,22 @@ namespace corvane::preamp {
 /// functions: the form that the fast one is measured against.
 class PlainColour {
  public:
-  PlainColour(int unit, Colour model, double sampleRateHz)
-      : colour(model), console(model == Colour::converter90s ? Colour::console70s : model), fs(sampleRateHz) {
+  PlainColour(int unit, Colour model, double sampleRateHz) : fs(sampleRateHz) {
     const UnitRow& row = kUnitRows[static_cast<std::size_t>(unit)];
     channels[0].noise = {16 * row.seedA, 8 * row.seedB, 2 * row.seedC};
     channels[1].noise = {row.seedA, row.seedB, row.seedC};
     const auto tolerances = unitTolerances(unit);
-    for (std::size_t c = 0; c < 2; ++c) channels[c].configure(tolerances[c], consoleOf(console), fs);
+    for (std::size_t c = 0; c < 2; ++c) channels[c].tolerance = tolerances[c];
+    setColour(model);
+  }
+
+  /// Filters anew, every other state as it is; a converter leaves all of a console in place.
+  void setColour(Colour model) {
+    colour = model;
+    if (model == Colour::converter90s && configured) return;
+    if (model != Colour::converter90s) console = model;
+    for (Channel& channel : channels) channel.configure(consoleOf(console), fs);
+    configured = true;
   }
 
   double drive = 40.0, hissLevel = 0.0;
@@ -89,8 +98,9 @@ class PlainColour {
     double up = 1e-9, down = 1e-9;
     double p1 = 0.0, p2 = 0.0, p3 = 0.0;
 
-    void configure(const ChannelTolerance& t, const ConsoleRow& row, double rateHz) {
-      tolerance = t;
+    void configure(const ConsoleRow& row, double rateHz) {
+      const ChannelTolerance& t = tolerance;
+      hissFilters.clear();
       const auto make = [rateHz](SectionType type, double hz, double q, double gainDb) {
         auto filter = std::make_unique<GlideFilter>(rateHz, type, hz, q, gainDb);
         filter->active = true;
@@ -226,7 +236,8 @@ class PlainColour {
   }
 
  private:
-  Colour colour, console;
+  Colour colour = Colour::console70s, console = Colour::console70s;
+  bool configured = false;
   double fs;
   Channel channels[2];
   std::vector<double> ring = std::vector<double>(65536, 0.0);

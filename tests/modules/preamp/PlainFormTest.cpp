@@ -26,36 +26,61 @@ struct Setting {
   HissMode mode;
 };
 
+/// Both forms of one unit in the same setting, fed block by block.
+struct Rivals {
+  Rivals(int unit, Colour colour, double rateHz, const Setting& s)
+      : fast(std::make_unique<ColourStage>(unit)), plain(unit, colour, rateHz) {
+    if (colour == Colour::converter90s) fast->setSampleRate(rateHz);  // as "Pre 70s", whose hiss it keeps
+    fast->setColour(colour);
+    fast->setDrive(s.drive), fast->setHissLevel(s.hissLevel), fast->setHissMode(s.mode);
+    fast->setSampleRate(rateHz);
+    plain.drive = s.drive, plain.hissLevel = s.hissLevel, plain.noiseMode = static_cast<int>(s.mode);
+  }
+  void setColour(Colour colour) { fast->setColour(colour), plain.setColour(colour); }
+
+  /// Largest difference over both channels, as a share of the largest sample.
+  double difference(Samples left, Samples right) {
+    Samples plainLeft = left, plainRight = right;
+    double worst = 0.0;
+    for (std::size_t at = 0, n = 0; at < left.size(); at += n) {
+      n = std::min<std::size_t>(at % 3 == 0 ? 64 : 17, left.size() - at);
+      fast->process(&left[at], &right[at], static_cast<int>(n));
+      plain.process(&plainLeft[at], &plainRight[at], static_cast<int>(n));
+      for (std::size_t i = at; i < at + n; ++i)
+        worst = std::max({worst, std::abs(left[i] - plainLeft[i]), std::abs(right[i] - plainRight[i])});
+    }
+    return worst / peak(plainLeft);
+  }
+
+  std::unique_ptr<ColourStage> fast;
+  PlainColour plain;
+};
+
 TEST(ColourStage, FastFormIsThePlainForm) {
   for (const Colour colour : kColours)
     for (const double rateHz : {44100.0, 48000.0, 384000.0})
       for (const Setting& s : {Setting{1.26, 0.0, HissMode::off},
                                {40.0, 5e-5, HissMode::autoMute},
                                {1265.0, 1.7e-3, HissMode::on}}) {
-        const int unit = static_cast<int>(colour) * 3;
-        auto fast = std::make_unique<ColourStage>(unit);
-        // A converter's hiss keeps the filters of the console configured before, at the rate of that time.
-        if (colour == Colour::converter90s) fast->setSampleRate(rateHz);
-        fast->setColour(colour);
-        fast->setDrive(s.drive), fast->setHissLevel(s.hissLevel), fast->setHissMode(s.mode);
-        fast->setSampleRate(rateHz);
-        PlainColour plain(unit, colour, rateHz);
-        plain.drive = s.drive, plain.hissLevel = s.hissLevel, plain.noiseMode = static_cast<int>(s.mode);
-        auto [left, right] = programme(rateHz);
-        Samples plainLeft = left, plainRight = right;
-        double worst = 0.0;
-        for (std::size_t at = 0, n = 0; at < left.size(); at += n) {
-          n = std::min<std::size_t>(at % 3 == 0 ? 64 : 17, left.size() - at);
-          fast->process(&left[at], &right[at], static_cast<int>(n));
-          plain.process(&plainLeft[at], &plainRight[at], static_cast<int>(n));
-          for (std::size_t i = at; i < at + n; ++i)
-            worst = std::max({worst, std::abs(left[i] - plainLeft[i]), std::abs(right[i] - plainRight[i])});
-        }
-        // 1e-12: some tens of roundings around full scale, gathered by filters down to 2 Hz
-        EXPECT_LT(worst, 1e-12) << "type " << static_cast<int>(colour) << " at " << rateHz << ", drive "
-                                << s.drive;
-        EXPECT_NEAR(fast->saturation(), plain.satMeter, 1e-13);
+        Rivals rivals(static_cast<int>(colour) * 3, colour, rateHz, s);
+        const auto [left, right] = programme(rateHz);
+        // The logarithms of the push-pull stage round differently, by some 1e-15, and the bell at 33 Hz at
+        // 384 kHz makes up to a million times as much of each rounding; the others have the same operations
+        // in the same order.
+        EXPECT_LE(rivals.difference(left, right), colour == Colour::console60s ? 1e-10 : 0.0)
+            << "type " << static_cast<int>(colour) << " at " << rateHz << ", drive " << s.drive;
+        EXPECT_NEAR(rivals.fast->saturation(), rivals.plain.satMeter, 1e-13);
       }
+}
+
+TEST(ColourStage, ChangesItsModelInTheMiddleOfLoudSoundAndKeepsAllButTheFilters) {
+  Rivals rivals(7, Colour::console60s, 48000.0, {300.0, 1e-3, HissMode::on});
+  const auto [left, right] = programme(48000.0);
+  for (const Colour colour : {Colour::console70s, Colour::console70s, Colour::console80s,
+                              Colour::converter90s, Colour::console60s, Colour::console80s}) {
+    rivals.setColour(colour);
+    EXPECT_LE(rivals.difference(left, right), 1e-12) << "type " << static_cast<int>(colour);
+  }
 }
 
 TEST(Converter, DropsTheBitsThatTheFloatingStepDropsOnEveryCode) {
