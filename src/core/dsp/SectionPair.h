@@ -30,8 +30,10 @@ struct SectionPair {
     const Pair y0 = sum(x0);
     x2 = x1, x1 = x0, y2 = y1, y1 = y0;
   }
-  /// The same in the lanes that `runs`; the others stand still.
-  void stepWhere(PairMask runs, Pair x0) {
+  /// The same in one lane; the other stands still.
+  template <int kLane>
+  void stepLane(Pair x0) {
+    constexpr PairMask runs{kLane == 0 ? -1 : 0, kLane == 1 ? -1 : 0};
     const Pair y0 = sum(x0);
     x2 = runs ? x1 : x2, x1 = runs ? x0 : x1;
     y2 = runs ? y1 : y2, y1 = runs ? y0 : y1;
@@ -48,11 +50,5 @@ struct SectionPair {
     return (b0 * x0 + b1 * x1 + b2 * x2 - a1 * y1 - a2 * y2 + tiny) - tiny;
   }
 };
-
-/// Pair that run in step `t` of a pipeline whose lanes lag `lag0` and `lag1` samples behind its head.
-inline PairMask lanesRunning(int t, int lag0, int lag1, int count) {
-  const auto runs = [&](int lag) { return std::int64_t{t >= lag && t - lag < count ? -1 : 0}; };
-  return PairMask{runs(lag0), runs(lag1)};
-}
 
 }  // namespace corvane

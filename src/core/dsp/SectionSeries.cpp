@@ -1,6 +1,8 @@
 #include "core/dsp/SectionSeries.h"
 
 #include <algorithm>
+#include <array>
+#include <utility>
 
 #include "core/dsp/SectionPair.h"
 
@@ -10,45 +12,69 @@ namespace {
 
 constexpr int kPairs =
     3;  // six sections: their state fills the registers, and the pipeline has little to fill
-constexpr int kGroup = 2 * kPairs;
-constexpr int kLastLag = kGroup - 1;
+// Six sections, two to a register: their state fills the registers. A section follows the one before it by
+// two samples within a register and by one across. Within, a step later would make the whole register wait
+// for its own last output on the long way through b0; across, nothing waits in a circle.
+constexpr int kGroup = 6;
+constexpr std::array kLag{0, 2, 3, 5, 6, 8};
+constexpr int kLastLag = kLag.back();
 
-/// One step of the pipeline: every section takes what the one before it put out a step ago.
-template <bool kEdge>
-void stepGroup(SectionPair* pairs, double sample, int t, int count) {
-  Pair inputs[kPairs];
-  inputs[0] = Pair{sample, pairs[0].y1[0]};
-  for (int k = 1; k < kPairs; ++k) inputs[k] = Pair{pairs[k - 1].y1[1], pairs[k].y1[0]};
-  for (int k = 0; k < kPairs; ++k) {
-    if constexpr (kEdge)
-      pairs[k].stepWhere(lanesRunning(t, 2 * k, 2 * k + 1, count), inputs[k]);
-    else
-      pairs[k].step(inputs[k]);
-  }
+/// Bit k: section k runs. `t` steps after the start, `left` steps before the end of the first section's work,
+/// negative behind it.
+constexpr unsigned running(int t, int left) {
+  unsigned bits = 0;
+  for (unsigned k = 0; k < kGroup; ++k)
+    if (kLag[k] <= t && kLag[k] + left >= 0) bits |= 1u << k;
+  return bits;
 }
+constexpr unsigned kAllRunning = running(kLastLag, 0);
 
-/// Six standing sections; false, and nothing changed, if a not-a-number came up.
+/// The bits of the two sections from `first` on.
+constexpr unsigned lanes(unsigned sections, int first) { return (sections >> first) & 3u; }
+
+struct Group {
+  SectionPair a, b, c;
+  double pastA = 0.0, pastB = 0.0, pastC = 0.0;  ///< outputs of the lower lanes, a step older than y1
+
+  template <unsigned kRunning>
+  void step(double sample) {
+    const Pair toA{sample, pastA}, toB{a.y1[1], pastB}, toC{b.y1[1], pastC};
+    pastA = a.y1[0], pastB = b.y1[0], pastC = c.y1[0];
+    stepPair<lanes(kRunning, 0)>(a, toA);
+    stepPair<lanes(kRunning, 2)>(b, toB);
+    stepPair<lanes(kRunning, 4)>(c, toC);
+  }
+  template <unsigned kLanes>
+  static void stepPair(SectionPair& pair, Pair x) {
+    if constexpr (kLanes == 3u)
+      pair.step(x);
+    else if constexpr (kLanes != 0u)
+      pair.stepLane<kLanes == 1u ? 0 : 1>(x);
+  }
+  double output() const { return c.y1[1]; }
+};
+
+/// Six standing sections over at least kLastLag samples; false, and nothing changed, if a not-a-number came
+/// up.
 bool runGroup(GlideFilter* s, double* samples, int count) {
   const auto pairOf = [s](int k) {
-    return SectionPair{s[2 * k].current, s[2 * k].history, s[2 * k + 1].current, s[2 * k + 1].history};
+    return SectionPair{s[k].current, s[k].history, s[k + 1].current, s[k + 1].history};
   };
-  SectionPair pairs[kPairs]{pairOf(0), pairOf(1), pairOf(2)};
+  Group group{pairOf(0), pairOf(2), pairOf(4)};
   double out[kBlockFrames];
-  int t = 0;
-  for (; t < kLastLag; ++t) {
-    stepGroup<true>(pairs, t < count ? samples[t] : 0.0, t, count);
+  [&]<int... kStep>(std::integer_sequence<int, kStep...>) {
+    (group.step<running(kStep, 0)>(samples[kStep]), ...);  // the pipeline fills
+    for (int t = kLastLag; t < count; ++t) {
+      group.step<kAllRunning>(samples[t]);
+      out[t - kLastLag] = group.output();
+    }
+    double* last = out + count - kLastLag;
+    ((group.step<running(kLastLag, -1 - kStep)>(0.0), last[kStep] = group.output()), ...);  // and runs empty
   }
-  for (; t < count; ++t) {
-    stepGroup<false>(pairs, samples[t], t, count);
-    out[t - kLastLag] = pairs[kPairs - 1].y1[1];
-  }
-  for (; t < count + kLastLag; ++t) {
-    stepGroup<true>(pairs, 0.0, t, count);
-    out[t - kLastLag] = pairs[kPairs - 1].y1[1];
-  }
-  for (const SectionPair& pair : pairs)
-    if (pair.isPoisoned()) return false;
-  for (int k = 0; k < kGroup; ++k) s[k].history = pairs[k / 2].history(k % 2);
+  (std::make_integer_sequence<int, kLastLag>{});
+  if (group.a.isPoisoned() || group.b.isPoisoned() || group.c.isPoisoned()) return false;
+  const SectionPair* const pairs[] = {&group.a, &group.b, &group.c};
+  for (int k = 0; k < kGroup; ++k) s[k].history = pairs[k / 2]->history(k % 2);
   std::copy_n(out, count, samples);
   return true;
 }
@@ -63,7 +89,7 @@ void processSeries(std::span<GlideFilter> sections, double* samples, int count) 
   if (count < 1) return;
   while (!sections.empty()) {
     const auto group = sections.first(std::min<std::size_t>(sections.size(), kGroup));
-    const bool standing = group.size() == kGroup && std::ranges::all_of(group, stands);
+    const bool standing = count >= kLastLag && group.size() == kGroup && std::ranges::all_of(group, stands);
     if (standing)
       for (GlideFilter& section : group) section.current = section.target;
     if (!standing || !runGroup(group.data(), samples, count))

@@ -7,8 +7,8 @@
 namespace corvane {
 
 /// Sections in series over a block of at most `kBlockFrames` samples, in place. Equal, bit for bit, to
-/// `processBuffer` of each in turn; at rest they run as a pipeline, six at a time, each section one sample
-/// behind the one before it, so that their recursions overlap. [render]
+/// `processBuffer` of each in turn; at rest they run as a pipeline, six at a time, each section some
+/// samples behind the one before it, so that their recursions overlap. [render]
 void processSeries(std::span<GlideFilter> sections, double* samples, int count);
 
 }  // namespace corvane

@@ -14,6 +14,8 @@ namespace {
 constexpr double kCrossoverQ = 0.7;
 constexpr double kDetectPeakDb = -6.0;  // narrows the flanks of the detection band, not its centre
 
+constexpr int kPeakLag = 4;  // samples by which the last section of the pipeline follows the first
+
 bool stands(const GlideFilter& section) { return section.glide.remaining <= 0; }
 
 }  // namespace
@@ -85,10 +87,10 @@ void DeesserFilters::filter(DeesserBlock& block, int frames) {
 }
 
 /// The six sections as one pipeline, so that their recursions overlap: both halves of the crossover side by
-/// side, then the two detection sections, each a sample behind the one before. False, and nothing changed,
-/// while a section glides or when a not-a-number came up.
+/// side, then the two detection sections. False, and nothing changed, while a section glides, for a block too
+/// short to fill it, or when a not-a-number came up.
 bool DeesserFilters::filterStanding(DeesserBlock& block, int frames) {
-  bool standing = true;
+  bool standing = frames >= kPeakLag;
   forEachSection([&](GlideFilter& s) { standing = standing && stands(s); });
   if (!standing) return false;
   forEachSection([](GlideFilter& s) { s.current = s.target; });
@@ -98,26 +100,34 @@ bool DeesserFilters::filterStanding(DeesserBlock& block, int frames) {
   SectionPair first = pairOf(splitHigh1, splitLow1), second = pairOf(splitHigh2, splitLow2);
   SectionPair detect = pairOf(detectBand, detectPeak);
 
-  constexpr int kSplitLag = 1, kBandLag = 2, kPeakLag = 3;
-  const auto step = [&](int t, double x, auto run) {
-    const Pair toSecond = first.y1, toDetect{second.y1[0], detect.y1[0]};
-    run(first, 0, 0, both(x));
-    run(second, kSplitLag, kSplitLag, toSecond);
-    run(detect, kBandLag, kPeakLag, toDetect);
-    if (t >= kSplitLag && t - kSplitLag < frames) {
-      block.high[t - kSplitLag] = second.y1[0];
-      block.low[t - kSplitLag] = second.y1[1];
-    }
-    if (t >= kPeakLag) block.sibilance[t - kPeakLag] = detect.y1[1];
+  // Step t takes sample t into the crossover's first sections; its second ones follow a sample behind, the
+  // detector's two and four: were it three, both would wait for the first one's last output.
+  double pastBand = 0.0;
+  const auto stepFirst = [&](int t) { first.step(both(block.input[t])); };
+  const auto stepSecond = [&](Pair x, int n) {
+    second.step(x);
+    block.high[n] = second.y1[0], block.low[n] = second.y1[1];
   };
-  int t = 0;
-  const auto atEdge = [&](SectionPair& pair, int lag0, int lag1, Pair x) {
-    pair.stepWhere(lanesRunning(t, lag0, lag1, frames), x);
+  const auto toDetect = [&] {
+    const Pair x{second.y1[0], pastBand};
+    pastBand = detect.y1[0];
+    return x;
   };
-  const auto inside = [](SectionPair& pair, int, int, Pair x) { pair.step(x); };
-  for (; t < kPeakLag; ++t) step(t, t < frames ? block.input[t] : 0.0, atEdge);
-  for (; t < frames; ++t) step(t, block.input[t], inside);
-  for (; t < frames + kPeakLag; ++t) step(t, 0.0, atEdge);
+  Pair x{}, d{};
+  stepFirst(0);
+  x = first.y1, stepFirst(1), stepSecond(x, 0);
+  x = first.y1, d = toDetect(), stepFirst(2), stepSecond(x, 1), detect.stepLane<0>(d);
+  x = first.y1, d = toDetect(), stepFirst(3), stepSecond(x, 2), detect.stepLane<0>(d);
+  for (int t = kPeakLag; t < frames; ++t) {
+    x = first.y1, d = toDetect();
+    stepFirst(t), stepSecond(x, t - 1), detect.step(d);
+    block.sibilance[t - kPeakLag] = detect.y1[1];
+  }
+  double* last = block.sibilance + frames - kPeakLag;
+  d = toDetect(), stepSecond(first.y1, frames - 1), detect.step(d), last[0] = detect.y1[1];
+  detect.step(toDetect()), last[1] = detect.y1[1];
+  detect.stepLane<1>(toDetect()), last[2] = detect.y1[1];
+  detect.stepLane<1>(toDetect()), last[3] = detect.y1[1];
 
   if (first.isPoisoned() || second.isPoisoned() || detect.isPoisoned()) return false;
   splitHigh1.history = first.history(0), splitLow1.history = first.history(1);
