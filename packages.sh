@@ -1,9 +1,9 @@
 #!/bin/sh
-# Installs what packages.txt lists and this machine lacks; silent when nothing is missing.
+# packages.sh LIST: installs what the list names and this machine lacks; silent when nothing is missing.
 set -eu
 cd "$(dirname "$0")"
 missing=""
-for package in $(sed -e 's/#.*//' packages.txt); do
+for package in $(sed -e 's/#.*//' "$1"); do
   dpkg-query -W -f='${db:Status-Status}\n' "$package" 2>/dev/null | grep -qx installed || missing="$missing $package"
 done
 [ -z "$missing" ] && exit 0
