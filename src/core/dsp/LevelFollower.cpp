@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "core/dsp/Lanes.h"
+#include "core/dsp/Pair.h"
 
 namespace corvane {
 
@@ -31,8 +31,7 @@ bool runSideBySide(LevelJob* const* jobs, int frames) {
     release[k] = Pair{a.release, b.release};
   }
   const Pair e = both(kMeterFlush);
-  using Mask [[gnu::vector_size(16)]] = std::int64_t;
-  Mask acted{};
+  PairMask acted{};
   for (int i = 0; i < frames; ++i)
     for (std::size_t k = 0; k < Pairs; ++k) {
       const Pair distance = magnitudes(*jobs[2 * k], *jobs[2 * k + 1], i) - level[k];

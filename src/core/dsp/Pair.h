@@ -5,9 +5,11 @@
 
 namespace corvane {
 
-/// Two doubles that go through the same arithmetic side by side, lane 0 and lane 1. Each lane is rounded as a
-/// double of its own, so the results are those of two separate runs, bit for bit.
+/// Two doubles that go through the same arithmetic side by side, lane 0 and lane 1, in one instruction on
+/// every 64-bit PC. Each lane is rounded as a double of its own, so the results are those of two separate
+/// runs, bit for bit; independent recursions run in the lanes at the price of one.
 using Pair = double __attribute__((vector_size(16)));
+/// One truth value for each lane, as comparisons give it: 0 or all bits.
 using PairMask = std::int64_t __attribute__((vector_size(16)));
 
 inline double absolute(double v) { return std::abs(v); }

@@ -26,10 +26,7 @@ struct SectionPair {
         y2{h.y2, k.y2} {}
 
   /// One sample through both: the sum of `biquadSum` in its order, and the flush. The result is in `y1`.
-  void step(Pair x0) {
-    const Pair y0 = sum(x0);
-    x2 = x1, x1 = x0, y2 = y1, y1 = y0;
-  }
+  void step(Pair x0) { push(x0, sum(x0)); }
   /// The same in one lane; the other stands still.
   template <int kLane>
   void stepLane(Pair x0) {
@@ -38,6 +35,8 @@ struct SectionPair {
     x2 = runs ? x1 : x2, x1 = runs ? x0 : x1;
     y2 = runs ? y1 : y2, y1 = runs ? y0 : y1;
   }
+  /// Takes a pair of samples into the history, for a step with something of its own between sum and feedback.
+  void push(Pair x0, Pair y0) { x2 = x1, x1 = x0, y2 = y1, y1 = y0; }
   bool isPoisoned() const { return y1[0] != y1[0] || y1[1] != y1[1]; }
   /// The history of one lane, after a block of at least one sample.
   BiquadHistory history(int lane) const {
@@ -45,10 +44,7 @@ struct SectionPair {
   }
 
  private:
-  Pair sum(Pair x0) const {
-    const Pair tiny = both(kFilterFlush);
-    return (b0 * x0 + b1 * x1 + b2 * x2 - a1 * y1 - a2 * y2 + tiny) - tiny;
-  }
+  Pair sum(Pair x0) const { return flushed(biquadSum(x0, *this, *this), kFilterFlush); }
 };
 
 }  // namespace corvane

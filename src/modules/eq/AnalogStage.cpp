@@ -1,41 +1,93 @@
 #include "modules/eq/AnalogStage.h"
 
+#include <array>
 #include <cmath>
 
-#include "core/dsp/Biquad.h"
+#include "core/dsp/FastMath.h"
 
 namespace corvane::eq {
 
 namespace {
 
-constexpr double kLowFlush = 1e-15;
-constexpr double kSmallestLevel = 1e-6;  // below it the gain is 1 to 14 places, and l divides
+enum Curve { kAtan, kTanh };
 
-enum Type { kBellform = 1, kLumenband = 2, kTonbox = 3 };
-
-struct BellformLaw {
-  static double upper(double y, double l) { return y * std::atan(l * 0.0625) * 16.0 / l; }
-  static double lower(double y, double l) { return upper(y, l); }
+/// The gain over one half-wave: curve(t) / t with t = |l| / scale, and |l| first bent to |l| / (1 + bend
+/// |l|).
+struct HalfWave {
+  Curve curve;
+  double scale, bend = 0.0;
 };
-struct LumenbandLaw {
-  static double upper(double y, double l) { return y * std::tanh(l / 16.0) * 16.0 / l; }
-  static double lower(double y, double l) { return y * std::atan(l / 8.0) * 8.0 / l; }
+struct Law {
+  HalfWave above, below;  ///< of level 0
 };
-struct TonboxLaw {
-  static double upper(double y, double l) { return y * std::tanh(l / 8.0) * 8.0 / l; }
-  static double lower(double y, double l) {
-    return y * std::atan(l / (1.0 + 0.02 * std::abs(l)) / 16.0) * 16.0 / l;
-  }
+constexpr Law kLaws[] = {
+    {{kAtan, 16.0}, {kAtan, 16.0}},
+    {{kTanh, 16.0}, {kAtan, 8.0}},
+    {{kTanh, 8.0}, {kAtan, 16.0, 0.02}},
 };
 
-template <typename Law>
-void applyLaw(double* samples, const double* low, int frames) {
-  for (int i = 0; i < frames; ++i) {
-    if (low[i] > kSmallestLevel)
-      samples[i] = Law::upper(samples[i], low[i]);
-    else if (low[i] < -kSmallestLevel)
-      samples[i] = Law::lower(samples[i], low[i]);
-  }
+constexpr double kSmallestLevel = 1e-6;  // below it the gain is 1 to 14 places
+
+// curve(t) / t as a series in t^2. Up to |t| = 1/8, which is full scale at least, nine terms leave less than
+// 1e-17, and neither curve nor division is needed.
+constexpr double kSeriesEnd = 0.125;
+using Series = std::array<double, 9>;
+constexpr std::array kSeries{
+    Series{1.0, -1.0 / 3.0, 1.0 / 5.0, -1.0 / 7.0, 1.0 / 9.0, -1.0 / 11.0, 1.0 / 13.0, -1.0 / 15.0,
+           1.0 / 17.0},
+    Series{1.0, -1.0 / 3.0, 2.0 / 15.0, -17.0 / 315.0, 62.0 / 2835.0, -1382.0 / 155925.0, 21844.0 / 6081075.0,
+           -929569.0 / 638512875.0, 6404582.0 / 10854718875.0}};
+
+template <Curve kCurve>
+inline double series(double t) {
+  constexpr Series c = kSeries[kCurve];
+  const double z = t * t, z2 = z * z, z4 = z2 * z2;
+  const double low = (c[0] + c[1] * z) + (c[2] + c[3] * z) * z2;
+  const double high = (c[4] + c[5] * z) + (c[6] + c[7] * z) * z2;
+  return low + (high + c[8] * z4) * z4;
+}
+
+/// t of a half-wave, and the gain that its bend has taken.
+struct Bent {
+  double t, gain;
+};
+template <int kType>
+inline Bent bent(double l) {
+  constexpr Law law = kLaws[kType - kBellform];
+  constexpr double kAbove = 1.0 / law.above.scale, kBelow = 1.0 / law.below.scale;  // powers of two, so exact
+  const double t = std::abs(l) * (l > 0.0 ? kAbove : kBelow);
+  if constexpr (law.above.bend == 0.0 && law.below.bend == 0.0) return {t, 1.0};
+  const double gain = 1.0 / (1.0 + (l > 0.0 ? law.above.bend : law.below.bend) * std::abs(l));
+  return {t * gain, gain};
+}
+
+/// The gain where the series serves, without a branch.
+template <int kType>
+inline double seriesGain(double l) {
+  constexpr Law law = kLaws[kType - kBellform];
+  const Bent b = bent<kType>(l);
+  const double above = series<law.above.curve>(b.t), below = series<law.below.curve>(b.t);
+  return std::abs(l) > kSmallestLevel ? (l > 0.0 ? above : below) * b.gain : 1.0;
+}
+
+/// The gain at any level.
+template <int kType>
+inline double gainAt(double l) {
+  constexpr Law law = kLaws[kType - kBellform];
+  const Bent b = bent<kType>(l);
+  if (!(b.t > kSeriesEnd)) return seriesGain<kType>(l);
+  return ((l > 0.0 ? law.above : law.below).curve == kAtan ? fast::atan(b.t) : fast::tanh(b.t)) / b.t *
+         b.gain;
+}
+
+template <int kType>
+void applyGains(const double* levels, double* samples, int frames) {
+  int beyond = 0;
+  for (int i = 0; i < frames; ++i) beyond |= bent<kType>(levels[i]).t > kSeriesEnd;
+  if (beyond)
+    for (int i = 0; i < frames; ++i) samples[i] *= gainAt<kType>(levels[i]);
+  else
+    for (int i = 0; i < frames; ++i) samples[i] *= seriesGain<kType>(levels[i]);
 }
 
 }  // namespace
@@ -47,21 +99,20 @@ double analogCoefficient(int type, double sampleRateHz) {
   return 1.0 - std::exp(-w / sampleRateHz);
 }
 
-void runAnalogStage(double* samples, int frames, int type, double coefficient, bool on, AnalogState& state) {
-  double low[kBlockFrames];
-  AnalogState s = state;
-  for (int i = 0; i < frames; ++i) {
-    s.low1 = flushed(s.low1 + (samples[i] - s.low1) * coefficient, kLowFlush);
-    s.low2 = flushed(s.low2 + (s.low1 - s.low2) * coefficient, kLowFlush);
-    low[i] = s.low2;
+double analogGain(int type, double l) {
+  switch (type) {
+    case kBellform: return gainAt<kBellform>(l);
+    case kLumenband: return gainAt<kLumenband>(l);
+    default: return gainAt<kTonbox>(l);
   }
-  state = s;
+}
+
+void applyAnalog(int type, bool on, const double* levels, double* samples, int frames) {
   if (on) {
     switch (type) {
-      case kBellform: applyLaw<BellformLaw>(samples, low, frames); break;
-      case kLumenband: applyLaw<LumenbandLaw>(samples, low, frames); break;
-      case kTonbox: applyLaw<TonboxLaw>(samples, low, frames); break;
-      default: break;
+      case kBellform: applyGains<kBellform>(levels, samples, frames); break;
+      case kLumenband: applyGains<kLumenband>(levels, samples, frames); break;
+      default: applyGains<kTonbox>(levels, samples, frames); break;
     }
   }
   for (int i = 0; i < frames; ++i) samples[i] = numberOrZero(samples[i]);

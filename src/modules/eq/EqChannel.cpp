@@ -1,14 +1,28 @@
 #include "modules/eq/EqChannel.h"
 
+#include <algorithm>
+#include <initializer_list>
+#include <iterator>
+
+#include "modules/eq/EqSectionPair.h"
+
 namespace corvane::eq {
 
 namespace {
 
+/// Signal order of the bands where they stand in series.
+constexpr Band kSeriesOrder[kBands] = {kLm, kHm, kHi, kLo};
 constexpr double kLumenbandDriveShare =
     0.125;  // two sections a band, and the gentlest character of the three
 
-/// Dry and wet of a band that is being switched.
-double crossfade(double dry, double wet, double fade) { return dry + (wet - dry) * fade; }
+/// How much of a Tonbox band is added.
+double toneShare(const BlockGains& gains, Band band, int frame) {
+  return gains.fade[band].at(frame) * (gains.toneGain[band].at(frame) - 1.0);
+}
+
+bool allStill(const Ramp (&ramps)[kBands]) {
+  return std::all_of(std::begin(ramps), std::end(ramps), [](const Ramp& ramp) { return ramp.still; });
+}
 
 }  // namespace
 
@@ -20,8 +34,8 @@ template <typename Action>
 void EqChannel::forEachSection(Action action) {
   for (EqSection& section : bellform) action(section);
   for (Stages& stages : lumenband) action(stages.stage1), action(stages.stage2);
-  for (EqSection* section :
-       {&toneHigh, &toneLow, &toneHm.passLow, &toneHm.passHigh, &toneLm.passLow, &toneLm.passHigh})
+  for (EqSection* section : {&tonbox.toneHigh, &tonbox.toneLow, &tonbox.hm.passLow, &tonbox.hm.passHigh,
+                             &tonbox.lm.passLow, &tonbox.lm.passHigh})
     action(*section);
 }
 
@@ -31,9 +45,9 @@ void EqChannel::design(Band band, const EqBand& setting) {
   lumenband[band].stage1.design(first);
   lumenband[band].stage2.design(second);
   if (band == kHi || band == kLo)
-    return (band == kHi ? toneHigh : toneLow).design(designTonboxShelf(band, setting));
+    return (band == kHi ? tonbox.toneHigh : tonbox.toneLow).design(designTonboxShelf(band, setting));
   const TonboxEdges edges = designTonboxEdges(setting);
-  Edges& tone = band == kHm ? toneHm : toneLm;
+  Edges& tone = band == kHm ? tonbox.hm : tonbox.lm;
   tone.passLow.design(edges.passLow);
   tone.passHigh.design(edges.passHigh);
 }
@@ -43,6 +57,7 @@ void EqChannel::setSampleRate(double hz) {
 }
 
 void EqChannel::setAnalog(bool on) {
+  analogOn = on;
   forEachSection([on](EqSection& section) { section.setAnalog(on); });
 }
 
@@ -51,43 +66,170 @@ void EqChannel::reset() {
   analog = {};
 }
 
-void EqChannel::runBellform(double* samples, int frames, const BlockGains& gains) {
-  for (int i = 0; i < frames; ++i) {
-    double x = samples[i];
-    for (const Band band : kSeriesOrder)
-      x = crossfade(x, bellform[band].processSaturating(x), gains.fade[band].values[i]);
-    samples[i] = x * gains.out.values[i];
-  }
+// Plain form
+
+void EqChannel::bellformPlain(double* samples, int frames, const BlockGains& gains) {
+  for (const Band band : kSeriesOrder)
+    for (int i = 0; i < frames; ++i)
+      samples[i] =
+          crossfade(samples[i], bellform[band].processSaturating(samples[i]), gains.fade[band].at(i));
 }
 
-void EqChannel::runLumenband(double* samples, int frames, const BlockGains& gains) {
-  for (int i = 0; i < frames; ++i) {
-    double x = samples[i];
-    for (const Band band : kSeriesOrder) {
-      const double fade = gains.fade[band].values[i];
-      x = crossfade(x, lumenband[band].stage1.processTracking(x), fade);
-      x = crossfade(x, lumenband[band].stage2.processTracking(x), fade);
-    }
-    samples[i] = x * gains.out.values[i];
-  }
+void EqChannel::lumenbandPlain(double* samples, int frames, const BlockGains& gains) {
+  for (const Band band : kSeriesOrder)
+    for (EqSection* section : {&lumenband[band].stage1, &lumenband[band].stage2})
+      for (int i = 0; i < frames; ++i)
+        samples[i] = crossfade(samples[i], section->processTracking(samples[i]), gains.fade[band].at(i));
 }
 
-void EqChannel::runTonbox(double* samples, int frames, const BlockGains& gains) {
-  const auto share = [&gains](Band band, int i) {
-    return gains.fade[band].values[i] * (gains.toneGain[band].values[i] - 1.0);
-  };
+void EqChannel::tonboxPlain(double* samples, int frames, const BlockGains& gains) {
   const auto between = [](Edges& edges, double x) {
     const double a = x - edges.passLow.processTracking(x);
     return a - edges.passHigh.processTracking(a);
   };
   for (int i = 0; i < frames; ++i) {
     const double x = samples[i];
-    const double lo = x - toneLow.processTracking(x);
-    const double hi = x - toneHigh.processTracking(x);
-    const double hm = between(toneHm, x), lm = between(toneLm, x);
-    samples[i] = (x + share(kLo, i) * lo + share(kHi, i) * hi + share(kHm, i) * hm + share(kLm, i) * lm) *
-                 gains.out.values[i];
+    const double lo = x - tonbox.toneLow.processTracking(x);
+    const double hi = x - tonbox.toneHigh.processTracking(x);
+    const double hm = between(tonbox.hm, x), lm = between(tonbox.lm, x);
+    samples[i] = x + toneShare(gains, kLo, i) * lo + toneShare(gains, kHi, i) * hi +
+                 toneShare(gains, kHm, i) * hm + toneShare(gains, kLm, i) * lm;
   }
+}
+
+void EqChannel::runPlain(int type, const double* input, double* output, int frames, const BlockGains& gains) {
+  double levels[kBlockFrames];
+  std::copy_n(input, frames, output);
+  switch (type) {
+    case kBellform: bellformPlain(output, frames, gains); break;
+    case kLumenband: lumenbandPlain(output, frames, gains); break;
+    default: tonboxPlain(output, frames, gains); break;
+  }
+  for (int i = 0; i < frames; ++i) {
+    output[i] *= gains.out.at(i);
+    levels[i] = analogLevel(output[i], gains.analogCoeff, analog);
+  }
+  applyAnalog(type, analogOn, levels, output, frames);
+}
+
+// Settled form. Each finished frame goes through `take` (int frame, double sample). False, and no section
+// changed, where a not-a-number came up.
+
+namespace {
+
+template <bool kAnalog, typename Take>
+bool bellformSettled(EqSection (&bellform)[kBands], const double* input, int frames, const BlockGains& gains,
+                     Take take) {
+  constexpr Character kCharacter = kAnalog ? Character::withinRecursion : Character::none;
+  const auto section = [&](int k) -> EqSection& { return bellform[kSeriesOrder[k]]; };
+  const auto fade = [&](int k) { return gains.fade[kSeriesOrder[k]].at(0); };
+  EqSectionPair a{section(0), section(2)}, b{section(1), section(3)};
+  runFour<kCharacter>(a, b, Pair{fade(0), fade(2)}, Pair{fade(1), fade(3)}, input, frames, take);
+  if (a.filter.isPoisoned() || b.filter.isPoisoned()) return false;
+  a.store(section(0), section(2)), b.store(section(1), section(3));
+  return true;
+}
+
+template <bool kAnalog, typename Take>
+bool lumenbandSettled(Stages (&lumenband)[kBands], const double* input, int frames, const BlockGains& gains,
+                      Take take) {
+  constexpr Character kCharacter = kAnalog ? Character::behindRecursion : Character::none;
+  const auto stages = [&](int k) -> Stages& { return lumenband[kSeriesOrder[k]]; };
+  const auto fades = [&](int k) {
+    return Pair{gains.fade[kSeriesOrder[k]].at(0), gains.fade[kSeriesOrder[k + 1]].at(0)};
+  };
+  EqSectionPair a{stages(0).stage1, stages(1).stage1}, b{stages(0).stage2, stages(1).stage2};
+  EqSectionPair c{stages(2).stage1, stages(3).stage1}, d{stages(2).stage2, stages(3).stage2};
+  double between[kBlockFrames];
+  runFour<kCharacter>(a, b, fades(0), fades(0), input, frames,
+                      [&between](int i, double x) { between[i] = x; });
+  runFour<kCharacter>(c, d, fades(2), fades(2), between, frames, take);
+  for (const EqSectionPair* pair : {&a, &b, &c, &d})
+    if (pair->filter.isPoisoned()) return false;
+  a.store(stages(0).stage1, stages(1).stage1), b.store(stages(0).stage2, stages(1).stage2);
+  c.store(stages(2).stage1, stages(3).stage1), d.store(stages(2).stage2, stages(3).stage2);
+  return true;
+}
+
+template <bool kAnalog, typename Take>
+bool tonboxSettled(EqSection& toneHigh, EqSection& toneLow, Edges& hm, Edges& lm, const double* input,
+                   int frames, const BlockGains& gains, Take take) {
+  constexpr Character kCharacter = kAnalog ? Character::behindRecursion : Character::none;
+  EqSectionPair outer{toneLow, toneHigh}, low{hm.passLow, lm.passLow}, high{hm.passHigh, lm.passHigh};
+  const double loShare = toneShare(gains, kLo, 0), hiShare = toneShare(gains, kHi, 0);
+  const double hmShare = toneShare(gains, kHm, 0), lmShare = toneShare(gains, kLm, 0);
+  Pair fromOuter[kBlockFrames], fromLow[kBlockFrames], fromHigh[kBlockFrames];
+  Pair shelves[kBlockFrames], above[kBlockFrames], bells[kBlockFrames];
+  staggered(
+      frames,
+      [&](int i) {
+        fromOuter[i] = outer.template recursion<kCharacter>(both(input[i]));
+        fromLow[i] = low.template recursion<kCharacter>(both(input[i]));
+      },
+      [&](int i) {
+        shelves[i] = both(input[i]) - outer.template behind<kCharacter>(fromOuter[i]);
+        above[i] = both(input[i]) - low.template behind<kCharacter>(fromLow[i]);
+      },
+      [&](int i) { fromHigh[i] = high.template recursion<kCharacter>(above[i]); },
+      [&](int i) { bells[i] = above[i] - high.template behind<kCharacter>(fromHigh[i]); },
+      [&](int i) {
+        take(i, input[i] + loShare * shelves[i][0] + hiShare * shelves[i][1] + hmShare * bells[i][0] +
+                    lmShare * bells[i][1]);
+      });
+  for (const EqSectionPair* pair : {&outer, &low, &high})
+    if (pair->filter.isPoisoned()) return false;
+  outer.store(toneLow, toneHigh);
+  low.store(hm.passLow, lm.passLow);
+  high.store(hm.passHigh, lm.passHigh);
+  return true;
+}
+
+}  // namespace
+
+template <bool kAnalog>
+bool EqChannel::runSettled(int type, const double* input, double* output, double* levels, int frames,
+                           const BlockGains& gains) {
+  AnalogState state = analog;
+  const double gain = gains.out.at(0), coefficient = gains.analogCoeff;
+  const auto take = [&](int i, double x) {
+    output[i] = x * gain;
+    levels[i] = analogLevel(output[i], coefficient, state);
+  };
+  bool done = false;
+  switch (type) {
+    case kBellform: done = bellformSettled<kAnalog>(bellform, input, frames, gains, take); break;
+    case kLumenband: done = lumenbandSettled<kAnalog>(lumenband, input, frames, gains, take); break;
+    default:
+      done = tonboxSettled<kAnalog>(tonbox.toneHigh, tonbox.toneLow, tonbox.hm, tonbox.lm, input, frames,
+                                    gains, take);
+  }
+  if (done) analog = state;
+  return done;
+}
+
+bool EqChannel::settled(int type, const BlockGains& gains) const {
+  if (!allStill(gains.fade) || !gains.out.still) return false;
+  const auto atRest = [](std::initializer_list<const EqSection*> sections) {
+    return std::none_of(sections.begin(), sections.end(),
+                        [](const EqSection* section) { return section->gliding(); });
+  };
+  if (type == kBellform) return atRest({&bellform[kHi], &bellform[kHm], &bellform[kLm], &bellform[kLo]});
+  if (type == kLumenband)
+    return std::all_of(std::begin(lumenband), std::end(lumenband), [&](const Stages& stages) {
+      return atRest({&stages.stage1, &stages.stage2});
+    });
+  return allStill(gains.toneGain) && atRest({&tonbox.toneHigh, &tonbox.toneLow, &tonbox.hm.passLow,
+                                             &tonbox.hm.passHigh, &tonbox.lm.passLow, &tonbox.lm.passHigh});
+}
+
+void EqChannel::run(int type, const double* input, double* output, int frames, const BlockGains& gains) {
+  if (frames < 1) return;
+  double levels[kBlockFrames];
+  const auto form = analogOn ? &EqChannel::runSettled<true> : &EqChannel::runSettled<false>;
+  if (settled(type, gains) && (this->*form)(type, input, output, levels, frames, gains))
+    applyAnalog(type, analogOn, levels, output, frames);
+  else
+    runPlain(type, input, output, frames, gains);
 }
 
 }  // namespace corvane::eq

@@ -8,6 +8,9 @@
 
 namespace corvane::eq {
 
+/// The three equalisers, values of `type`.
+enum EqType { kBellform = 1, kLumenband = 2, kTonbox = 3 };
+
 /// The four bands, in the order of their parameters.
 enum Band { kHi, kHm, kLm, kLo, kBands };
 

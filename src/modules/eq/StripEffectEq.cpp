@@ -12,7 +12,6 @@ using namespace eq;
 
 namespace {
 
-constexpr int kBellform = 1, kLumenband = 2, kTonbox = 3;
 constexpr double kFadeFlush = 1e-19, kGainFlush = 1e-14;
 constexpr double kStartHz[kBands] = {8000.0, 3000.0, 500.0, 100.0};
 
@@ -26,10 +25,12 @@ double physical(int offset, double p) { return physicalValue(kEqFamily, offset, 
 }  // namespace
 
 void StripEffectEq::Smoothed::run(Ramp& ramp, int frames, double share, double flush) {
+  ramp.still = false;
   for (int i = 0; i < frames; ++i) {
     const double next = flushed(current + (target - current) * share, flush);
     if (next == current) {  // at rest: every further step is the same
-      std::fill(ramp.values + i, ramp.values + frames, current);
+      ramp.still = i == 0;
+      std::fill(ramp.values + i, ramp.still ? ramp.values + 1 : ramp.values + frames, current);
       return;
     }
     ramp.values[i] = current = next;
@@ -71,7 +72,7 @@ void StripEffectEq::setSampleRate(double hz) {
 
 void StripEffectEq::updateCoefficients() {
   fadeCoeff = fadeCoefficient(sampleRate);
-  analogCoeff = analogCoefficient(type, sampleRate);
+  gains.analogCoeff = analogCoefficient(type, sampleRate);
 }
 
 void StripEffectEq::setParameter(int id, double value) {
@@ -125,39 +126,24 @@ void StripEffectEq::runGains(int frames) {
     toneGain[band].run(gains.toneGain[band], frames, fadeCoeff, kGainFlush);
 }
 
-void StripEffectEq::runChannel(EqChannel& channel, double* samples, int frames) {
-  switch (type) {
-    case kBellform: channel.runBellform(samples, frames, gains); break;
-    case kLumenband: channel.runLumenband(samples, frames, gains); break;
-    default: channel.runTonbox(samples, frames, gains); break;
-  }
-  runAnalogStage(samples, frames, type, analogCoeff, analogOn, channel.analog);
-}
-
 void StripEffectEq::processBlockMono(double** in, double** out, int frames) {
   if (passes()) return passThroughBlock(in, out, frames);
-  double input[kBlockFrames], y[kBlockFrames];
-  std::copy_n(in[2 * inputPair], frames, input);
-  std::copy_n(input, frames, y);
+  const double* input = in[2 * inputPair];
+  double y[kBlockFrames];
   runGains(frames);
-  runChannel(channels[0], y, frames);
+  channels[0].run(type, input, y, frames, gains);
   followMono(input, y, frames);
   writeMono(y, out, frames);
 }
 
 void StripEffectEq::processBlock(double** in, double** out, int frames) {
   if (passes()) return passThroughBlock(in, out, frames);
-  double input[2][kBlockFrames], y[2][kBlockFrames];
+  double y[2][kBlockFrames];
+  const double* output[2] = {y[0], y[1]};
+  double** input = in + 2 * inputPair;
   runGains(frames);
-  for (int c = 0; c < 2; ++c) {
-    std::copy_n(in[2 * inputPair + c], frames, input[c]);
-    std::copy_n(input[c], frames, y[c]);
-    runChannel(channels[c], y[c], frames);
-  }
-  for (int i = 0; i < frames; ++i) {
-    followInput(input[0][i], input[1][i]);
-    followOutput(y[0][i], y[1][i]);
-  }
+  for (int c = 0; c < 2; ++c) channels[c].run(type, input[c], y[c], frames, gains);
+  followPair(input, output, frames);
   if ((outputPairs & 1) == 0) return;
   for (int c = 0; c < 2; ++c) std::copy_n(y[c], frames, out[c]);
 }

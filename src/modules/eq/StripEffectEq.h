@@ -43,8 +43,6 @@ class StripEffectEq final : public StripEffect {
   void design(eq::Band band);
   void updateCoefficients();
   void runGains(int frames);
-  /// Everything that a channel hears, in place.
-  void runChannel(eq::EqChannel& channel, double* samples, int frames);
 
   eq::EqChannel channels[2];
   eq::EqBand bands[eq::kBands];
@@ -53,8 +51,7 @@ class StripEffectEq final : public StripEffect {
   Smoothed outGain{1.0, 1.0};
   eq::BlockGains gains;
   bool analogOn = true;
-  double fadeCoeff = 0.0;    ///< share per sample of every smoothed value
-  double analogCoeff = 0.0;  ///< share per sample of the Analog stage's low-pass
+  double fadeCoeff = 0.0;  ///< share per sample of every smoothed value
 };
 
 }  // namespace corvane

@@ -9,7 +9,6 @@
 namespace corvane::eq {
 namespace {
 
-constexpr int kBellform = 1, kLumenband = 2, kTonbox = 3;
 constexpr double kRate = 48000.0;
 
 /// An equaliser with its Analog stage off.
