@@ -4,32 +4,15 @@
 #include <complex>
 #include <numbers>
 
+#include "core/dsp/SectionShape.h"
+
 namespace corvane {
-
-namespace {
-
-/// How strongly Q is bent: Qe = q (1 - (f / (share fs)) ^ exponent).
-struct Bend {
-  double share, exponent;
-};
-
-constexpr Bend bendOf(SectionType type) {
-  switch (type) {
-    case SectionType::highPass: return {0.5001, 6.0};
-    case SectionType::lowShelf: return {0.5001, 3.5};
-    case SectionType::highShelf: return {0.5001, 4.0};
-    case SectionType::lowPass: return {0.50001, 8.0};
-    default: return {0.5001, 2.8};
-  }
-}
-
-}  // namespace
 
 BiquadCoefficients designSection(SectionType type, double frequencyHz, double q, double gainDb,
                                  double sampleRateHz) {
   const double fs = sampleRateHz;
   const double f = frequencyHz;
-  const double fc = std::min(f, 0.499 * fs);
+  const double fc = designedHz(f, fs);
   const double w = 2.0 * std::numbers::pi * fc / fs;
   BiquadCoefficients k;
 
@@ -44,68 +27,11 @@ BiquadCoefficients designSection(SectionType type, double frequencyHz, double q,
     return k;
   }
 
-  const double s = std::sin(w), c = std::cos(w);
-  const Bend bend = bendOf(type);
-  const double bendHz = type == SectionType::bandPass ? f : fc;
-  const double bent =
-      type == SectionType::allPass ? q : q * (1.0 - std::pow(bendHz / (bend.share * fs), bend.exponent));
-  const double alpha = s / (2.0 * bent);
+  if (type < SectionType::highPass || type > SectionType::allPass) return k;
 
-  switch (type) {
-    case SectionType::highPass:
-      k.b0 = k.b2 = (1.0 + c) / 2.0;
-      k.b1 = -(1.0 + c);
-      k.a0 = 1.0 + alpha, k.a1 = -2.0 * c, k.a2 = 1.0 - alpha;
-      break;
-    case SectionType::lowShelf: {
-      const double A = std::pow(10.0, gainDb / 40.0);
-      const double beta = std::sqrt(A) * s / bent;
-      k.b0 = A * ((A + 1.0) - (A - 1.0) * c + beta);
-      k.b1 = 2.0 * A * ((A - 1.0) - (A + 1.0) * c);
-      k.b2 = A * ((A + 1.0) - (A - 1.0) * c - beta);
-      k.a0 = (A + 1.0) + (A - 1.0) * c + beta;
-      k.a1 = -2.0 * ((A - 1.0) + (A + 1.0) * c);
-      k.a2 = (A + 1.0) + (A - 1.0) * c - beta;
-      break;
-    }
-    case SectionType::peaking: {
-      const double A = std::pow(10.0, gainDb / 40.0);
-      k.b0 = 1.0 + alpha * A, k.b1 = -2.0 * c, k.b2 = 1.0 - alpha * A;
-      k.a0 = 1.0 + alpha / A, k.a1 = -2.0 * c, k.a2 = 1.0 - alpha / A;
-      break;
-    }
-    case SectionType::bandPass:
-      k.b0 = alpha, k.b1 = 0.0, k.b2 = -alpha;
-      k.a0 = 1.0 + alpha, k.a1 = -2.0 * c, k.a2 = 1.0 - alpha;
-      break;
-    case SectionType::notch:
-      k.b0 = k.b2 = 1.0, k.b1 = -2.0 * c;
-      k.a0 = 1.0 + alpha, k.a1 = -2.0 * c, k.a2 = 1.0 - alpha;
-      break;
-    case SectionType::highShelf: {
-      const double A = std::pow(10.0, gainDb / 40.0);
-      const double beta = std::sqrt(A) * s / bent;
-      k.b0 = A * ((A + 1.0) + (A - 1.0) * c + beta);
-      k.b1 = -2.0 * A * ((A - 1.0) + (A + 1.0) * c);
-      k.b2 = A * ((A + 1.0) + (A - 1.0) * c - beta);
-      k.a0 = (A + 1.0) - (A - 1.0) * c + beta;
-      k.a1 = 2.0 * ((A - 1.0) - (A + 1.0) * c);
-      k.a2 = (A + 1.0) - (A - 1.0) * c - beta;
-      break;
-    }
-    case SectionType::lowPass:
-      k.b0 = k.b2 = (1.0 - c) / 2.0, k.b1 = 1.0 - c;
-      k.a0 = 1.0 + alpha, k.a1 = -2.0 * c, k.a2 = 1.0 - alpha;
-      break;
-    case SectionType::allPass:
-      k.b0 = 1.0 - alpha, k.b1 = -2.0 * c, k.b2 = 1.0 + alpha;
-      k.a0 = 1.0 + alpha, k.a1 = -2.0 * c, k.a2 = 1.0 - alpha;
-      break;
-    default: return k;
-  }
-  k.b0 /= k.a0, k.b1 /= k.a0, k.b2 /= k.a0;
-  k.a1 /= k.a0, k.a2 /= k.a0;
-  return k;
+  const double bent = bentQ(type, f, q, fs, [](double x, double y) { return std::pow(x, y); });
+  const double A = hasGain(type) ? std::pow(10.0, gainDb / 40.0) : 1.0;
+  return shapeSection(type, std::sin(w), std::cos(w), bent, A);
 }
 
 double magnitude(const BiquadCoefficients& c, double hz, double sampleRateHz) {
