@@ -1,0 +1,24 @@
+#pragma once
+
+#include <vector>
+
+#include "control/PresetBytes.h"
+
+namespace corvane {
+
+// The part of a session's state that holds presets: 8 bytes, a bank header, and three presets. [control]
+
+inline constexpr std::size_t kStateBankBytes = 18985;
+inline constexpr std::uint32_t kStatePresets =
+    3;  ///< how many are stored: the current one and two of the bank
+
+void appendStateBank(Bytes& out, std::span<const PresetRecord> bank, std::int32_t editorWord,
+                     std::int32_t editorZoom);
+
+/// Takes the presets of `data` into `bank`; the first name of a preset clears it to `fresh`. A block with a
+/// fault leaves `bank` and `header` as they were. Words at the head of the block are not looked at, as older
+/// sessions differ there.
+PresetResult readStateBank(ByteView data, const PresetRecord& fresh, std::vector<PresetRecord>& bank,
+                           PresetHeader& header);
+
+}  // namespace corvane
