@@ -33,5 +33,9 @@ lint: build
 	git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
 	git ls-files 'src/*.cpp' 'platform/*.cpp' 'apps/*.cpp' | xargs -P 2 -n 4 clang-tidy -p build --quiet
 
+# A recorded voice through three settings: sounds, pictures and a table of levels.
+demo: all
+	@$(BUILD)/corvane demo --out-dir demo
+
 clean:
 	rm -rf build build-sanitize demo

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "corvane/DemoCommand.h"
 #include "corvane/Failure.h"
 #include "corvane/Interrupt.h"
 #include "corvane/ParamsCommand.h"
@@ -33,8 +34,10 @@ int runCommandLine(int argc, const char* const* argv, Console& console) {
       "`corvane COMMAND --help` tells more, with examples.\nExit codes: 0 done, 1 failed, 2 wrong usage.");
   RenderOptions render;
   ParamsOptions params;
+  DemoOptions demo;
   addRenderCommand(app, render);
   addParamsCommand(app, params);
+  addDemoCommand(app, demo);
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForVersion&) {
@@ -50,6 +53,7 @@ int runCommandLine(int argc, const char* const* argv, Console& console) {
   }
   try {
     if (app.got_subcommand("render")) return runRender(render, console);
+    if (app.got_subcommand("demo")) return runDemo(demo, console);
     return runParams(params, console);
   } catch (const Failure& failure) {
     console.error(failure.what());

@@ -13,7 +13,8 @@ namespace corvane::cli {
 namespace {
 
 constexpr std::size_t kNearestShown = 3;
-constexpr std::size_t kNearestSpread = 4;  // edits beyond the best: about a prefix, "Comp" for "Gate"
+constexpr std::size_t kOtherGroup = 2;    // edits that a wrong group counts as
+constexpr std::size_t kShortestPart = 3;  // letters of a word that stand for it
 
 std::string_view behindColon(std::string_view name) { return name.substr(name.find(':') + 1); }
 
@@ -23,20 +24,36 @@ std::string nameOf(int id) {
   return text;
 }
 
-std::size_t distanceOf(std::string_view asked, std::string_view candidate) {
-  const std::size_t whole = editDistance(asked, candidate);
-  if (asked.find(':') != asked.npos) return whole;
-  return std::min(whole, editDistance(asked, behindColon(candidate)));
+/// Edits from one word to another; a part of a word counts as one. None when they have little in common.
+std::optional<std::size_t> wordDistance(std::string_view asked, std::string_view candidate) {
+  const bool isPart =
+      asked.size() >= kShortestPart && lowerCase(candidate).find(lowerCase(asked)) != std::string::npos;
+  const std::size_t edits = isPart && asked.size() < candidate.size() ? 1 : editDistance(asked, candidate);
+  if (edits > std::max<std::size_t>(1, asked.size() / 3)) return std::nullopt;
+  return edits;
+}
+
+/// The words of a group may be right where the group is wrong: groups weigh little.
+std::optional<std::size_t> nameDistance(std::string_view asked, std::string_view candidate) {
+  const auto colon = asked.find(':');
+  if (colon == asked.npos) {
+    const auto whole = wordDistance(asked, candidate), words = wordDistance(asked, behindColon(candidate));
+    return whole && words ? std::min(whole, words) : whole ? whole : words;
+  }
+  const auto words = wordDistance(behindColon(asked), behindColon(candidate));
+  if (!words) return std::nullopt;
+  const std::string_view group = candidate.substr(0, candidate.find(':'));
+  return *words + std::min(kOtherGroup, editDistance(asked.substr(0, colon), group));
 }
 
 std::string nearestNames(std::string_view asked, const std::vector<NamedParameter>& candidates) {
   std::vector<std::pair<std::size_t, std::string_view>> near;
   for (const auto& candidate : candidates)
-    near.emplace_back(distanceOf(asked, candidate.name), candidate.name);
+    if (const auto distance = nameDistance(asked, candidate.name))
+      near.emplace_back(*distance, candidate.name);
   std::ranges::stable_sort(near, {}, &std::pair<std::size_t, std::string_view>::first);
-  const std::size_t limit = std::min(near.front().first + kNearestSpread, asked.size() / 2 + 1);
   std::string names;
-  for (std::size_t k = 0; k < kNearestShown && near[k].first <= limit; ++k)
+  for (std::size_t k = 0; k < std::min(kNearestShown, near.size()); ++k)
     names += (names.empty() ? "" : ", ") + std::string(near[k].second);
   return names;
 }

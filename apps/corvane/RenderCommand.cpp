@@ -17,6 +17,8 @@
 #include "corvane/Progress.h"
 #include "corvane/Render.h"
 #include "corvane/Words.h"
+#include "corvane/plot/Canvas.h"
+#include "corvane/plot/LevelsPicture.h"
 
 namespace corvane::cli {
 
@@ -86,6 +88,7 @@ RenderPlan planFrom(const RenderOptions& options) {
   plan.format = *format;
   plan.blockFrames = options.blockFrames;
   plan.tailSeconds = options.tailSeconds;
+  if (!options.picture.empty()) plot::isVectorName(options.picture);  // a wrong name is told before the work
   if (!options.key.empty()) plan.key = options.key;
   if (!options.automation.empty())
     plan.automation = readAutomation(
@@ -103,8 +106,10 @@ std::vector<Job> jobsFrom(const RenderOptions& options, OutputFormat format) {
     refuse("render needs one of -o FILE and --out-dir FOLDER");
   if (options.inputs.size() > 1 && !options.output.empty())
     refuse("-o {}: takes one input, {} are given; use --out-dir", options.output, options.inputs.size());
-  if (options.inputs.size() > 1 && !options.meterLog.empty())
-    refuse("--meter-log {}: takes one input, {} are given", options.meterLog, options.inputs.size());
+  for (const auto& [option, file] :
+       {std::pair{"--meter-log", options.meterLog}, std::pair{"--picture", options.picture}})
+    if (options.inputs.size() > 1 && !file.empty())
+      refuse("{} {}: takes one input, {} are given", option, file, options.inputs.size());
   std::vector<Job> jobs;
   std::map<fs::path, fs::path> writers;
   for (const fs::path input : options.inputs) {
@@ -123,13 +128,6 @@ std::vector<Job> jobsFrom(const RenderOptions& options, OutputFormat format) {
     jobs.push_back({.input = input, .output = output});
   }
   return jobs;
-}
-
-void makeFolder(const fs::path& folder) {
-  std::error_code error;
-  fs::create_directories(folder, error);
-  if (error && !fs::is_directory(folder))
-    fail("cannot make the folder {}: {}", printable(folder), error.message());
 }
 
 std::string levelText(double gain) { return decibels(gain, 1) + " dBFS"; }
@@ -200,13 +198,21 @@ class Batch {
     noteClampedRate(job, render.rateHz(), console);
     progress.expect(render.promisedFrames());
     std::optional<MeterLog> log;
-    BlockListener listener;
-    if (!options.meterLog.empty()) {
-      log.emplace(options.meterLog);
-      listener = [&](const ChannelBlock& block) { log->add(block); };
-    }
+    if (!options.meterLog.empty()) log.emplace(options.meterLog);
+    std::optional<plot::LevelTrace> trace;
+    if (!options.picture.empty()) trace.emplace();
+    const BlockListener listener = [&](const ChannelBlock& block) {
+      if (log) log->add(block);
+      if (trace) trace->add(block);
+    };
     job.report = render.run(job.output, listener, [&](std::int64_t frames) { progress.advance(frames); });
     if (log) log->commit();
+    if (trace) {
+      const std::string details = fmt::format(
+          "{}, {} Hz", job.report.channels == 1 ? "mono" : fmt::format("{} channels", job.report.channels),
+          job.report.rateHz);
+      plot::drawLevels(*trace, job.report, {job.input.filename().string(), details}, options.picture);
+    }
     if (!options.meters.empty()) job.meters = meterReadings(render.strips());
     if (!options.quiet) tell(job, console);
   }
@@ -244,6 +250,13 @@ Names are those of `corvane params`; ids do as well. Modules in an insert also g
 InsX:Threshold. Every channel of a file runs through a strip of its own.)";
 
 }  // namespace
+
+void makeFolder(const fs::path& folder) {
+  std::error_code error;
+  fs::create_directories(folder, error);
+  if (error && !fs::is_directory(folder))
+    fail("cannot make the folder {}: {}", printable(folder), error.message());
+}
 
 Setting settingFrom(const std::vector<std::string>& sets, const std::vector<std::string>& raws) {
   Setting setting;
@@ -304,6 +317,8 @@ void addRenderCommand(CLI::App& app, RenderOptions& o) {
   render->add_option("--meters", o.meters, "Writes every meter after the last block")->type_name("FILE.json");
   render->add_option("--meter-log", o.meterLog, "Writes levels and reductions of every block")
       ->type_name("FILE.csv");
+  render->add_option("--picture", o.picture, "Draws waveforms and gain reduction over time")
+      ->type_name("FILE.png|svg");
   render->add_option("--jobs", o.jobs, "Files at a time (one for each processor)")
       ->type_name("N")
       ->check(within(1, kMostJobs));

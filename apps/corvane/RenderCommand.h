@@ -18,7 +18,7 @@ struct RenderOptions {
   std::vector<std::string> inputs;
   std::string output, outputFolder;
   std::vector<std::string> sets, raws;
-  std::string automation, key, format = "float", meters, meterLog;
+  std::string automation, key, format = "float", meters, meterLog, picture;
   std::vector<std::string> bypasses;
   int blockFrames = 512;
   double tailSeconds = 0.0;
@@ -29,6 +29,9 @@ struct RenderOptions {
 void addRenderCommand(CLI::App& app, RenderOptions& options);
 /// Renders; the exit code. Throws Failure and Interrupted.
 int runRender(const RenderOptions& options, Console& console);
+
+/// Makes a folder for output and what is missing above it. Throws Failure.
+void makeFolder(const std::filesystem::path& folder);
 
 /// The setting that a list of `--set` and then of `--raw` arguments leads to. Throws Failure.
 Setting settingFrom(const std::vector<std::string>& sets, const std::vector<std::string>& raws);

@@ -55,4 +55,37 @@ std::string decibels(double gain, int decimals) {
   return gain > 0.0 ? fmt::format("{:.{}f}", 20.0 * std::log10(gain), decimals) : "-inf";
 }
 
+namespace {
+
+/// Bytes of the well-formed character at the start of `text`; 0 for none.
+std::size_t characterBytes(std::string_view text) {
+  const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(text[k]); };
+  const std::size_t length = byte(0) < 0x80                       ? 1
+                             : byte(0) >= 0xc2 && byte(0) <= 0xdf ? 2
+                             : byte(0) >= 0xe0 && byte(0) <= 0xef ? 3
+                             : byte(0) >= 0xf0 && byte(0) <= 0xf4 ? 4
+                                                                  : 0;
+  if (length == 0 || length > text.size()) return 0;
+  for (std::size_t k = 1; k < length; ++k)
+    if ((byte(k) & 0xc0) != 0x80) return 0;
+  const bool overlong = (byte(0) == 0xe0 && byte(1) < 0xa0) || (byte(0) == 0xf0 && byte(1) < 0x90);
+  const bool outside = (byte(0) == 0xed && byte(1) > 0x9f) || (byte(0) == 0xf4 && byte(1) > 0x8f);
+  return overlong || outside ? 0 : length;
+}
+
+}  // namespace
+
+std::string validUtf8(std::string_view text) {
+  std::string valid;
+  while (!text.empty()) {
+    const std::size_t length = characterBytes(text);
+    if (length == 0)
+      valid += "\xef\xbf\xbd";
+    else
+      valid += text.substr(0, length);
+    text.remove_prefix(std::max<std::size_t>(length, 1));
+  }
+  return valid;
+}
+
 }  // namespace corvane::cli

@@ -19,4 +19,7 @@ std::string shortest(double value);
 /// dB of a linear gain, "-inf" for 0.
 std::string decibels(double gain, int decimals);
 
+/// Bytes that are no UTF-8 become the replacement character, for those who take UTF-8 alone.
+std::string validUtf8(std::string_view text);
+
 }  // namespace corvane::cli

@@ -1,0 +1,116 @@
+#include "corvane/plot/Canvas.h"
+
+#include <cairo-svg.h>
+#include <cairo.h>
+
+#include <cmath>
+#include <numbers>
+
+#include "corvane/Failure.h"
+#include "corvane/PendingFile.h"
+#include "corvane/Words.h"
+
+namespace corvane::plot {
+
+namespace {
+
+constexpr double kPixelsPerPoint = 2.0;  // sharp on dense screens
+constexpr const char* kFont = "DejaVu Sans";
+
+cairo_status_t append(void* closure, const unsigned char* data, unsigned int length) {
+  static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), length);
+  return CAIRO_STATUS_SUCCESS;
+}
+
+void setColour(cairo_t* cairo, Colour c) { cairo_set_source_rgba(cairo, c.red, c.green, c.blue, c.alpha); }
+
+}  // namespace
+
+void Canvas::Release::operator()(_cairo* context) const { cairo_destroy(context); }
+void Canvas::Release::operator()(_cairo_surface* drawn) const { cairo_surface_destroy(drawn); }
+
+Canvas::Canvas(double width, double height, bool vector)
+    : isVector(vector),
+      surface(vector
+                  ? cairo_svg_surface_create_for_stream(append, &bytes, width, height)
+                  : cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(width * kPixelsPerPoint),
+                                               static_cast<int>(height * kPixelsPerPoint))),
+      cairo(cairo_create(surface.get())) {
+  if (!vector) cairo_scale(cairo.get(), kPixelsPerPoint, kPixelsPerPoint);
+  fill({0.0, 0.0, width, height}, kGround);
+}
+
+Canvas::~Canvas() = default;
+
+void Canvas::fill(const Box& box, Colour colour) {
+  setColour(cairo.get(), colour);
+  cairo_rectangle(cairo.get(), box.left, box.top, box.width, box.height);
+  cairo_fill(cairo.get());
+}
+
+void Canvas::fillRounded(const Box& box, double radius, Colour colour) {
+  constexpr double kQuarter = std::numbers::pi / 2.0;
+  cairo_t* c = cairo.get();
+  cairo_new_path(c);
+  cairo_arc(c, box.right() - radius, box.top + radius, radius, -kQuarter, 0.0);
+  cairo_arc(c, box.right() - radius, box.bottom() - radius, radius, 0.0, kQuarter);
+  cairo_arc(c, box.left + radius, box.bottom() - radius, radius, kQuarter, 2.0 * kQuarter);
+  cairo_arc(c, box.left + radius, box.top + radius, radius, 2.0 * kQuarter, 3.0 * kQuarter);
+  cairo_close_path(c);
+  setColour(c, colour);
+  cairo_fill(c);
+}
+
+void Canvas::line(double x1, double y1, double x2, double y2, Colour colour, double width) {
+  setColour(cairo.get(), colour);
+  cairo_set_line_width(cairo.get(), width);
+  cairo_move_to(cairo.get(), x1, y1);
+  cairo_line_to(cairo.get(), x2, y2);
+  cairo_stroke(cairo.get());
+}
+
+void Canvas::pickFont(double size, bool bold) {
+  cairo_select_font_face(cairo.get(), kFont, CAIRO_FONT_SLANT_NORMAL,
+                         bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
+  cairo_set_font_size(cairo.get(), size);
+}
+
+double Canvas::textWidth(std::string_view words, double size, bool bold) {
+  pickFont(size, bold);
+  cairo_text_extents_t extents;
+  cairo_text_extents(cairo.get(), cli::validUtf8(words).c_str(), &extents);
+  return extents.x_advance;
+}
+
+void Canvas::text(std::string_view words, double x, double baseline, double size, Colour colour, Align align,
+                  bool bold) {
+  const double width = align == Align::left ? 0.0 : textWidth(words, size, bold);
+  pickFont(size, bold);
+  setColour(cairo.get(), colour);
+  cairo_move_to(cairo.get(),
+                align == Align::right    ? x - width
+                : align == Align::centre ? x - width / 2.0
+                                         : x,
+                baseline);
+  cairo_show_text(cairo.get(), cli::validUtf8(words).c_str());
+}
+
+void Canvas::write(const std::filesystem::path& path) {
+  cairo_status_t status = cairo_status(cairo.get());
+  if (status == CAIRO_STATUS_SUCCESS && !isVector)
+    status = cairo_surface_write_to_png_stream(surface.get(), append, &bytes);
+  cairo_surface_finish(surface.get());
+  if (status == CAIRO_STATUS_SUCCESS) status = cairo_surface_status(surface.get());
+  if (status != CAIRO_STATUS_SUCCESS)
+    cli::fail("cannot draw {}: {}", cli::printable(path), cairo_status_to_string(status));
+  cli::writeFile(path, bytes);
+}
+
+bool isVectorName(const std::filesystem::path& path) {
+  const std::string ending = cli::lowerCase(path.extension().string());
+  if (ending == ".svg") return true;
+  if (ending == ".png") return false;
+  cli::refuse("a picture's name must end in .png or .svg, not \"{}\"", cli::printable(path.filename()));
+}
+
+}  // namespace corvane::plot

@@ -1,0 +1,69 @@
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "core/ParameterBank.h"
+#include "corvane/ParameterNames.h"
+#include "corvane/Words.h"
+#include "tests/apps/CommandRig.h"
+
+namespace corvane::rig {
+namespace {
+
+using Params = CommandLineTest;
+
+TEST_F(Params, ListEveryHostParameterOnce) {
+  const auto list = nlohmann::json::parse(run({"params", "--json"}).out);
+  std::vector<int> expected;
+  for (int id = 0; id < kParameters; ++id)
+    if (parameterKind(id) & kKindAnnounced) expected.push_back(id);
+  std::vector<int> ids;
+  for (const auto& entry : list) ids.push_back(entry.at("id"));
+  EXPECT_EQ(ids, expected);
+  const Answer filtered = run({"params", "lim:CEIL"});
+  EXPECT_NE(filtered.out.find("210  Lim:Ceiling"), std::string::npos);
+  EXPECT_EQ(std::count(filtered.out.begin(), filtered.out.end(), '\n'), 2) << "headings and one row";
+  EXPECT_EQ(run({"params", "nosuchthing"}).code, 1);
+}
+
+TEST_F(Params, TextAndParseAreEachOthersInverse) {
+  for (const char* value : {"0", "0.25", "0.5", "1"}) {
+    const std::string shown = run({"params", "--text", std::string("Lim:Ceiling=") + value}).out;
+    const Answer parsed = run({"params", "--parse", "210=" + shown.substr(0, shown.size() - 1)});
+    EXPECT_EQ(parsed.out, std::string(value) + "\n") << shown;
+  }
+  EXPECT_EQ(run({"params", "--parse", "Lim:Ceiling=11"}).err,
+            "error: --parse Lim:Ceiling=11: outside -40.0 to 10.0 dB\n");
+  EXPECT_EQ(run({"params", "--text", "Lim:Ceiling=1.5"}).code, 2);
+}
+
+TEST_F(Params, OfAnInsertGoByTheWordsOfItsModule) {
+  const Answer answer =
+      run({"params", "--insert", "BrickWall", "--parse", "InsX:Ceiling=-15", "--parse", "274=-15"});
+  EXPECT_EQ(answer.out, "0.5\n0.5\n") << answer.err;
+  EXPECT_EQ(run({"params", "--parse", "InsX:Ceiling=-15"}).code, 2) << "no module, no words";
+}
+
+TEST(Words, DistanceCountsLettersWhateverTheirCase) {
+  EXPECT_EQ(cli::editDistance("Treshold", "threshold"), 1U);
+  EXPECT_EQ(cli::editDistance("", "abc"), 3U);
+  EXPECT_EQ(cli::editDistance("kitten", "sitting"), 3U);
+}
+
+TEST(Words, NumbersAreWholeTextsAndFinite) {
+  EXPECT_EQ(cli::numberOf("+2.5"), 2.5);
+  EXPECT_EQ(cli::numberOf("1e-3"), 1e-3);
+  for (const char* text : {"", " 1", "1 ", "1,5", "0x10", "inf", "nan", "+-1", "1e999"})
+    EXPECT_FALSE(cli::numberOf(text)) << text;
+}
+
+TEST(Words, BrokenUtf8IsReplacedByteByByte) {
+  EXPECT_EQ(cli::validUtf8("a\xc3\xa9\xe2\x82\xac"), "a\xc3\xa9\xe2\x82\xac");
+  const std::string mark = "\xef\xbf\xbd";
+  EXPECT_EQ(cli::validUtf8("\xff"
+                           "a\xc3"),
+            mark + "a" + mark);
+  EXPECT_EQ(cli::validUtf8("\xc0\xaf\xed\xa0\x80"), mark + mark + mark + mark + mark);
+}
+
+}  // namespace
+}  // namespace corvane::rig
