@@ -19,7 +19,7 @@ StripEffect::~StripEffect() = default;
 
 void StripEffect::initMeters() {
   pending.frames = 0;
-  inputLevel = outputLevel = 0.0;
+  inputLevel = outputLevel = insideLevel = 0.0;
   inputFollower[0] = inputFollower[1] = 0.0;
   outputFollower[0] = outputFollower[1] = 0.0;
   updateMeterCoefficients();
@@ -49,6 +49,12 @@ void StripEffect::followMono(const double* input, const double* output, int fram
   keep(input, output, frames, false);
 }
 
+void StripEffect::followInside(const double* samples) {
+  if (pending.frames == 0) return;
+  pending.inside = true;
+  std::copy_n(samples, pending.frames, pending.third);
+}
+
 void StripEffect::followPair(const double* const* input, const double* const* output, int frames) {
   for (int i = 0; i < frames; ++i) {
     followInput(input[0][i], input[1][i]);
@@ -64,6 +70,7 @@ void StripEffect::keep(const double* first, const double* second, int frames, bo
   if (frames < 1) return;
   pending.frames = frames;
   pending.passed = passed;
+  pending.inside = false;
   std::copy_n(first, frames, pending.first);
   std::copy_n(second, frames, pending.second);
 }
@@ -76,12 +83,13 @@ int StripEffect::jobs(LevelJob* to) const {
   to[0] = job(pending.first, inputFollower[0]);
   if (!pending.passed) {
     to[1] = job(pending.second, outputFollower[0]);
-    return 2;
+    if (pending.inside) to[2] = job(pending.third, insideLevel);
+    return pending.jobs();
   }
   to[1] = job(pending.first, outputFollower[0]);
   to[2] = job(pending.second, inputFollower[1]);
   to[3] = job(pending.second, outputFollower[1]);
-  return 4;
+  return pending.jobs();
 }
 
 void StripEffect::take(const LevelJob* from) {
@@ -91,6 +99,7 @@ void StripEffect::take(const LevelJob* from) {
   outputFollower[1] = pending.passed ? from[3].level : from[1].level;
   inputLevel = std::max(inputFollower[0], inputFollower[1]);
   outputLevel = std::max(outputFollower[0], outputFollower[1]);
+  if (pending.inside) insideLevel = from[2].level;
   pending.frames = 0;
 }
 
@@ -122,7 +131,7 @@ void StripEffect::settleMeters(std::span<StripEffect* const> modules) {
   std::size_t at = 0;
   for (StripEffect* module : modules) {
     if (!module || module->pending.frames == 0) continue;
-    const std::size_t used = module->pending.passed ? 4 : 2;
+    const auto used = static_cast<std::size_t>(module->pending.jobs());
     module->take(all + at);
     at += used;
   }

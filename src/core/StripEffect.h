@@ -70,6 +70,8 @@ class StripEffect {
   /// Both meters over a mono block of at most kBlockFrames: `input` as it came, `output` as it leaves. The
   /// second channel's followers take the same level, so that a later pass-through shows no old one.
   void followMono(const double* input, const double* output, int frames);
+  /// A third level for modules that meter inside, over the block that `followMono` has just taken.
+  void followInside(const double* samples);
   /// Both meters over a two-channel block: two inputs as they came, two outputs as they leave.
   void followPair(const double* const* input, const double* const* output, int frames);
   /// Writes `samples` to both channels of the output pair, if the module writes it at all.
@@ -90,6 +92,7 @@ class StripEffect {
   std::int32_t sideChainSource = 0;  ///< 0 own signal, 1 pair 1
   double inputLevel = 0.0;           ///< published meter, linear
   double outputLevel = 0.0;          ///< published meter, linear
+  double insideLevel = 0.0;          ///< of `followInside`, linear; up to date behind `getLevelMeter`
   double meterAttack = 0.0;          ///< share of the distance per sample, rising
   double meterRelease = 0.0;         ///< share of the distance per sample, falling
   double inputFollower[2] = {};
@@ -99,9 +102,13 @@ class StripEffect {
   /// A block whose levels are still to be followed.
   struct Pending {
     int frames = 0;       ///< 0: nothing to do
+    bool inside = false;  ///< `third` holds samples
     bool passed = false;  ///< both channels of a pair, in and out alike; else one channel's input and output
     alignas(16) double first[kBlockFrames];
     alignas(16) double second[kBlockFrames];
+    alignas(16) double third[kBlockFrames];
+
+    int jobs() const { return frames == 0 ? 0 : passed ? 4 : inside ? 3 : 2; }
   };
 
   void settle();

@@ -1,5 +1,6 @@
 #include "modules/preamp/ColourStage.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "core/StripEffect.h"
@@ -71,6 +72,7 @@ void ColourStage::configure() {
   hiss.configure(*console, sampleRate);
   hiss.setScale(console->hissScale * rateScale);
   if (colour != Colour::console80s) input.configure(*console, sampleRate);
+  if (colour != Colour::console60s) parabola.configure(colour);
   design(lowpass, SectionType::onePoleLow, {console->lowpassHz, 1.0});
   design(crosstalkBand, SectionType::bandPass, console->crosstalk);
   design(lowTone, SectionType::peaking, console->lowTone);
@@ -98,15 +100,25 @@ void ColourStage::addHiss(Pair* samples, int frames) {
   Pair filtered[kBlockFrames];
   for (int i = 0; i < frames; ++i) filtered[i] = samples[i];
   // The 70s have the low-pass on paper alone.
-  if (colour != Colour::console70s) runSections<1>({&lowpass}, filtered, frames);
+  if (colour != Colour::console70s) runSection(lowpass, filtered, frames);
   for (int i = 0; i < frames; ++i)
     samples[i] = console->filteredShare * filtered[i] + console->plainShare * samples[i];
 }
 
+void ColourStage::runInput(Pair* samples, int frames) {
+  const double gain = drive.current;
+  if (colour == Colour::console60s || colour == Colour::console70s)
+    input.run(samples, frames, gain);
+  else if (colour == Colour::console80s)
+    for (int i = 0; i < frames; ++i) samples[i] = gain * samples[i] * kInputGain80s * 0.5;
+  else
+    for (int i = 0; i < frames; ++i) samples[i] = gain * samples[i];
+}
+
 void ColourStage::runCrosstalk(Pair* samples, int frames) {
   Pair other[kBlockFrames];
-  for (int i = 0; i < frames; ++i) other[i] = samples[i];
-  runSections<1>({&crosstalkBand}, other, frames);
+  std::copy_n(samples, frames, other);
+  runSection(crosstalkBand, other, frames);
   for (int i = 0; i < frames; ++i) samples[i] -= swapped(other[i]) * console->crosstalkGain;
 }
 
@@ -118,31 +130,17 @@ void ColourStage::process(double* left, double* right, int frames) {
   moveControls();
   addHiss(x, frames);
 
-  const double gain = drive.current;
-  switch (colour) {
-    case Colour::console60s:
-      input.run(x, frames, gain);
-      runCrosstalk(x, frames);
+  runInput(x, frames);
+  if (colour == Colour::converter90s) {
+    converter.run(x, frames, hiss.generators[0], meter, controlShare);
+  } else {
+    runCrosstalk(x, frames);
+    if (colour == Colour::console60s)
       pushPull.run(x, levels, frames);
-      break;
-    case Colour::console70s:
-      input.run(x, frames, gain);
-      runCrosstalk(x, frames);
-      parabola.run70s(x, levels, frames);
-      break;
-    case Colour::console80s:
-      for (int i = 0; i < frames; ++i) x[i] = gain * x[i] * kInputGain80s * 0.5;
-      runCrosstalk(x, frames);
-      parabola.run80s(x, levels, frames);
-      break;
-    case Colour::converter90s:
-      for (int i = 0; i < frames; ++i) x[i] = gain * x[i];
-      converter.run(x, frames, hiss.generators[0], meter, controlShare);
-      break;
-  }
-  if (colour != Colour::converter90s) {
+    else
+      parabola.run(x, levels, frames);
     meter.follow(levels, frames, controlShare);
-    runSections<1>({&lowTone}, x, frames);
+    runSection(lowTone, x, frames);
   }
   for (int i = 0; i < frames; ++i) {
     const Pair y = numbersOrZero(x[i]) * compensation;

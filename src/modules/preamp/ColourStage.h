@@ -52,6 +52,7 @@ class ColourStage {
   void moveControls();
   /// Hiss on top of the signal, and the low-pass that comes with it.
   void addHiss(Pair* samples, int frames);
+  void runInput(Pair* samples, int frames);
   void runCrosstalk(Pair* samples, int frames);
 
   double sampleRate;

@@ -8,62 +8,116 @@ namespace corvane::preamp {
 
 namespace {
 
-constexpr double kExponent = 1.5157165665103982;  // 8 / 16^0.6
-constexpr double kInverse = 1.0 / kExponent;
-const double kWeight = std::pow(kExponent, 0.125);
-constexpr double kRisingScale = 1.22 - kExponent / 8.0;
-constexpr double kFallingScale = 1.1 - kExponent / 8.0;
-/// Brings a half-wave of -3 dB back to its level.
-const double kNormalise = 0.7071 / (fallingGain(0.7071) * 0.7071);
-constexpr double kFastRadians = 4.4427093;  // 2 pi 0.7071
+constexpr long double kExponent = 1.5157165665103982;  // 8 / 16^0.6
+constexpr long double kWeight = 1.0533610359548358L;   // 8th root of the exponent
+constexpr long double kRisingScale = 1.22 - kExponent / 8.0;
+constexpr long double kFallingScale = 1.1 - kExponent / 8.0;
+constexpr double kNormalise = 1.062030662245685;  // brings a half-wave of -3 dB behind the second curve back
+constexpr double kFastRadians = 4.4427093;        // 2 pi 0.7071
 constexpr double kFastSeconds = 0.001;
 constexpr double kMeterFactor = 0.10750000178813934;
 constexpr double kOutGain = 20.166514627199998;
 
+/// Envelopes of a block that moved, in the order of time, and for each sample which one is in force.
+struct Moves {
+  double values[2 * kBlockFrames + 3] = {};  ///< first the gains of both lanes before the block
+  int slots[kBlockFrames][2];
+  int last[2];
+  int count;
+
+  void start(double gainA, double gainB) {
+    values[0] = gainA, values[1] = gainB;
+    last[0] = 0, last[1] = 1;
+    count = 2;
+  }
+  void take(int lane, int i, double envelope, bool moved) {
+    values[count] = envelope;
+    last[lane] = moved ? count : last[lane];
+    count += moved;
+    slots[i][lane] = last[lane];
+  }
+  /// Gains instead of envelopes.
+  void replace(const CurveTable& gain) {
+    for (int k = 2; k < count; ++k) values[k] = gain(values[k]);
+  }
+  Pair at(int i) const { return Pair{values[slots[i][0]], values[slots[i][1]]}; }
+};
+
 }  // namespace
 
-double risingGain(double envelope) {
-  const double x = kRisingScale * envelope;
-  return std::pow(std::atan(std::pow(x, kExponent) * kWeight) / kWeight, kInverse) / kRisingScale / envelope;
+const CurveTable& risingGain() {
+  static const CurveTable table(
+      [](long double envelope) {
+        const long double power = std::pow(kRisingScale * envelope, kExponent);
+        return std::pow(std::atan(power * kWeight) / kWeight, 1.0L / kExponent) / kRisingScale / envelope;
+      },
+      1.0);
+  return table;
 }
 
-double fallingGain(double envelope) {
-  const double x = kFallingScale * envelope;
-  return std::pow(std::tanh(std::pow(x, kExponent) * kWeight) / kWeight, kInverse) / kFallingScale / envelope;
+const CurveTable& fallingGain() {
+  static const CurveTable table(
+      [](long double envelope) {
+        const long double power = std::pow(kFallingScale * envelope, kExponent);
+        return std::pow(std::tanh(power * kWeight) / kWeight, 1.0L / kExponent) / kFallingScale / envelope;
+      },
+      1.0);
+  return table;
 }
+
+Console60s::Console60s() : rising(risingGain()), falling(fallingGain()) {}
 
 void Console60s::setSampleRate(double hz) {
   fastShare = 1.0 - std::exp(-kFastRadians / (kFastSeconds * hz));
-  envelopeUp = envelopeDown = both(kRest);
+  for (int lane = 0; lane < 2; ++lane) up[lane] = down[lane] = {};
 }
+
+// An envelope runs ahead of its curve over the whole block, so that the curve is worked out for all samples
+// at once; where the envelope stands still, and the one of the negative half-waves does so half of the time,
+// the gain is the one before.
 
 void Console60s::run(Pair* samples, double* levels, int frames) {
   const ConsoleRow& console = consoleOf(Colour::console60s);
   const double outGain = kOutGain * console.outTrim;
-  Pair h[kBlockFrames], gains[kBlockFrames];
-  Pair up = envelopeUp, down = envelopeDown;
   for (int i = 0; i < frames; ++i) {
     const Pair v = console.inTrim * numbersOrZero(samples[i]) * 0.7071;
     levels[i] = largerLane(kMeterFactor * absolute(v));
     samples[i] = 0.125 * v;
-    up += (larger(samples[i], both(kRest)) - up) * fastShare;
-    gains[i] = up;
   }
-  for (int i = 0; i < frames; ++i) {
-    for (int lane = 0; lane < 2; ++lane) gains[i][lane] = risingGain(gains[i][lane]);
-    h[i] = gains[i] * samples[i];
-  }
-  Pair held{fallingGain(down[0]), fallingGain(down[1])};
-  for (int i = 0; i < frames; ++i) {
-    for (int lane = 0; lane < 2; ++lane) {
-      if (!(h[i][lane] < -kRest)) continue;  // the envelope holds, and its gain with it
-      down[lane] -= (down[lane] + h[i][lane]) * fastShare;
-      held[lane] = fallingGain(down[lane]);
+  Moves moves;
+  moves.start(up[0].gain, up[1].gain);
+  {
+    double a = up[0].envelope, b = up[1].envelope;
+    for (int i = 0; i < frames; ++i) {
+      const double s = samples[i][0], t = samples[i][1];
+      const double movedA = a + ((s > kRest ? s : kRest) - a) * fastShare;
+      const double movedB = b + ((t > kRest ? t : kRest) - b) * fastShare;
+      moves.take(0, i, movedA, movedA != a);
+      moves.take(1, i, movedB, movedB != b);
+      a = movedA, b = movedB;
     }
-    samples[i] = outGain * (held * h[i] * kNormalise);
+    up[0].envelope = a, up[1].envelope = b;
   }
-  envelopeUp = up;
-  envelopeDown = down;
+  moves.replace(rising);
+  up[0].gain = moves.values[moves.last[0]], up[1].gain = moves.values[moves.last[1]];
+  for (int i = 0; i < frames; ++i) samples[i] = moves.at(i) * samples[i];
+
+  moves.start(down[0].gain, down[1].gain);
+  {
+    double a = down[0].envelope, b = down[1].envelope;
+    for (int i = 0; i < frames; ++i) {
+      const double g = samples[i][0], h = samples[i][1];
+      const double movedA = a - (a + g) * fastShare, movedB = b - (b + h) * fastShare;
+      a = g < -kRest ? movedA : a;
+      b = h < -kRest ? movedB : b;
+      moves.take(0, i, a, g < -kRest);
+      moves.take(1, i, b, h < -kRest);
+    }
+    down[0].envelope = a, down[1].envelope = b;
+  }
+  moves.replace(falling);
+  down[0].gain = moves.values[moves.last[0]], down[1].gain = moves.values[moves.last[1]];
+  for (int i = 0; i < frames; ++i) samples[i] = outGain * (moves.at(i) * samples[i] * kNormalise);
 }
 
 }  // namespace corvane::preamp

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "modules/preamp/CurveTable.h"
 #include "modules/preamp/PairSection.h"
 
 namespace corvane::preamp {
@@ -13,21 +14,28 @@ namespace corvane::preamp {
 /// Both gains tend to 1 for small signals. Two channels, nothing allocated. [render]
 class Console60s {
  public:
+  Console60s();
+
   /// Hz; both envelopes to rest.
   void setSampleRate(double hz);
   /// In place; writes the drive of each sample to `levels`, for the meter.
   void run(Pair* samples, double* levels, int frames);
 
  private:
-  Pair envelopeUp = both(kRest), envelopeDown = both(kRest);
-  double fastShare = 0.0;  ///< per sample
-
   static constexpr double kRest = 1e-9;  // -180 dB: never 0, the curves divide by it
+
+  /// An envelope of one channel and the gain of its curve there.
+  struct Half {
+    double envelope = kRest;
+    double gain = 1.0;
+  };
+  const CurveTable &rising, &falling;
+  Half up[2], down[2];
+  double fastShare = 0.0;  ///< per sample
 };
 
-/// Gain of the positive half-waves' curve at an envelope above 0.
-double risingGain(double envelope);
-/// Gain of the negative half-waves' curve at an envelope above 0.
-double fallingGain(double envelope);
+// Gain of each curve at an envelope above 0; the table is made at the first call. [any]
+const CurveTable& risingGain();
+const CurveTable& fallingGain();
 
 }  // namespace corvane::preamp

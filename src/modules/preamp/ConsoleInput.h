@@ -21,37 +21,38 @@ class ConsoleInput {
   explicit ConsoleInput(Pair trims) : biasTrim(trims) {}
 
   void configure(const ConsoleRow& console, double sampleRateHz) {
-    row = &console;
+    rest = 0.2 * console.k, slope = console.m, depth = console.l;
+    rScale = 1.4 - 0.75 * console.k, eScale = 2.8 - 1.5 * console.k;
+    inScale = console.inputScale, outScale = console.inverseInputScale;
     biasShare = 1.0 - std::exp(-2.0 * std::numbers::pi * console.biasCornerHz / sampleRateHz);
   }
   void reset() { bias = Pair{}; }
 
   /// In place; `drive` linear. [render]
   void run(Pair* samples, int frames, double drive) {
-    const double slope = row->m, depth = row->l, rest = 0.2 * row->k;
-    const double rScale = 1.4 - 0.75 * row->k, eScale = 2.8 - 1.5 * row->k;
-    const double inScale = row->inputScale, outScale = row->inverseInputScale;
-    Pair state = bias;
-    for (int i = 0; i < frames; ++i) {
-      const Pair a = numbersOrZero(drive * samples[i] * inScale);
-      const Pair q = rest + (0.998 * state + 0.002 * a) * biasTrim * slope * depth;
-      const Pair r = rScale * q * kAtan2;
-      const Pair e = eScale * q, ee = e * e;
-      const Pair y = (2.0 * ee + 30.0) * e / (9.6 * ee + 30.0) * a * 0.25 * 1.07 * outScale / r;
-      samples[i] = r == 0.0 ? both(0.0) : y;
-      state = flushed(state + (0.25 * a - state) * biasShare, kBiasFlush);
-    }
-    bias = state;
+    ConsoleInput local = *this;
+    for (int i = 0; i < frames; ++i) samples[i] = local.step(samples[i], drive);
+    bias = local.bias;
   }
 
  private:
   static constexpr double kAtan2 = 1.1071487177940904;  // arc tangent of 2
   static constexpr double kBiasFlush = 1e-16;
 
-  const ConsoleRow* row = &consoleOf(Colour::console70s);
+  Pair step(Pair x, double drive) {
+    const Pair a = numbersOrZero(drive * x * inScale);
+    const Pair q = rest + (0.998 * bias + 0.002 * a) * biasTrim * slope * depth;
+    const Pair r = rScale * q * kAtan2;
+    const Pair e = eScale * q, ee = e * e;
+    const Pair y = (2.0 * ee + 30.0) * e / (9.6 * ee + 30.0) * a * 0.25 * 1.07 * outScale / r;
+    bias = flushed(bias + (0.25 * a - bias) * biasShare, kBiasFlush);
+    return r == 0.0 ? both(0.0) : y;
+  }
+
+  double rest = 0.0, slope = 0.0, depth = 0.0, rScale = 0.0, eScale = 0.0, inScale = 0.0, outScale = 0.0;
+  double biasShare = 0.0;  ///< per sample
   Pair biasTrim;
   Pair bias{};
-  double biasShare = 0.0;  ///< per sample
 };
 
 }  // namespace corvane::preamp

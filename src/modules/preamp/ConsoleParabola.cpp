@@ -42,32 +42,32 @@ void ConsoleParabola::reset() {
   highPass.clearHistory();
 }
 
-void ConsoleParabola::run(Pair* samples, double* levels, int frames, const ConsoleRow& console,
-                          double meterFactor, Pair offset, double lift) {
+void ConsoleParabola::run(Pair* samples, double* levels, int frames) {
   PairSection filter = highPass;
   Pair clip = clipState;
+  const Pair bias = offset;
+  const double share = clipShare, in = inTrim, meter = meterFactor, up = lift, out = outTrim;
   for (int i = 0; i < frames; ++i) {
-    Pair v = console.inTrim * numbersOrZero(samples[i]) * 0.7071 * 0.7071 * 0.25;
+    Pair v = in * numbersOrZero(samples[i]) * 0.7071 * 0.7071 * 0.25;
     v = smaller(larger(v, both(-4.0)), both(4.0));
-    levels[i] = largerLane(meterFactor * absolute(v));
+    levels[i] = largerLane(meter * absolute(v));
     const Pair t = v / 2.0;
     const Pair u = 2.0 * (t - timesAbsolute(t) / 4.0);
-    clip = flushed(clip + (offset + u - clip) * clipShare, kClipFlush);
+    clip = flushed(clip + (bias + u - clip) * share, kClipFlush);
     const Pair w = 8.0 * 1.4142 * (u - timesAbsolute(clip) / 4.0);
-    samples[i] = filter.step<false>(w) * 1.4142 * lift * console.outTrim;
+    samples[i] = filter.step<false>(w) * 1.4142 * up * out;
   }
   clipState = clip;
   highPass = filter;
 }
 
-void ConsoleParabola::run70s(Pair* samples, double* levels, int frames) {
-  const ConsoleRow& console = consoleOf(Colour::console70s);
-  run(samples, levels, frames, console, kMeter70s, kOffset70s * offsetTrim, 1.0);
-}
-
-void ConsoleParabola::run80s(Pair* samples, double* levels, int frames) {
-  const ConsoleRow& console = consoleOf(Colour::console80s);
-  run(samples, levels, frames, console, kMeter80s, Pair{}, kLift80s);
+void ConsoleParabola::configure(Colour colour) {
+  const bool seventies = colour == Colour::console70s;
+  offset = seventies ? kOffset70s * offsetTrim : Pair{};
+  meterFactor = seventies ? kMeter70s : kMeter80s;
+  lift = seventies ? 1.0 : kLift80s;
+  inTrim = consoleOf(colour).inTrim;
+  outTrim = consoleOf(colour).outTrim;
 }
 
 }  // namespace corvane::preamp

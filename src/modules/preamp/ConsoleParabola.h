@@ -21,18 +21,18 @@ class ConsoleParabola {
   void setSampleRate(double hz);
   void reset();
 
+  /// To a console of the 70s or the 80s; state stays.
+  void configure(Colour colour);
+
   /// In place; writes the drive of each sample to `levels`, for the meter.
-  void run70s(Pair* samples, double* levels, int frames);
-  void run80s(Pair* samples, double* levels, int frames);
+  void run(Pair* samples, double* levels, int frames);
 
  private:
-  void run(Pair* samples, double* levels, int frames, const ConsoleRow& console, double meterFactor,
-           Pair offset, double lift);
-
   PairSection highPass;
-  Pair offsetTrim;
+  Pair offsetTrim, offset{};
   Pair clipState{};
   double clipShare = 0.0;  ///< per sample, 3 kHz
+  double inTrim = 0.0, meterFactor = 0.0, lift = 1.0, outTrim = 0.0;
 };
 
 }  // namespace corvane::preamp

@@ -14,17 +14,25 @@ constexpr double kTop = 32767.0, kBottom = -32768.0;
 constexpr double kLampLevel = 128.0, kLampOn = 0.3;  // codes; share of the lamp
 constexpr double kFromCode = 3.0517578125e-5;        // 2^-15
 
-/// Codes of both channels on `z` + 32768, each 0 .. 65535.
-Pair approximate(Pair remainder) {
-  Pair code{};
-  double bit = kCodes;
-  for (const double threshold : kConverterThresholds) {
-    const auto reached = remainder >= threshold;
-    remainder -= reached ? both(threshold) : both(0.0);
-    code += reached ? both(bit) : both(0.0);
-    bit *= 0.5;
+/// Codes, 0 .. 65535, in place of remainders; `count` a multiple of kAtOnce. The sixteen steps of a code wait
+/// for each other, so several codes go side by side.
+constexpr int kAtOnce = 8;
+void approximate(double* remainders, int count) {
+  for (int from = 0; from < count; from += kAtOnce) {
+    Pair rest[kAtOnce / 2];
+    PairMask code[kAtOnce / 2] = {};
+    for (int k = 0; k < kAtOnce / 2; ++k)
+      rest[k] = Pair{remainders[from + 2 * k], remainders[from + 2 * k + 1]};
+    for (const double threshold : kConverterThresholds)
+      for (int k = 0; k < kAtOnce / 2; ++k) {
+        const PairMask reached = rest[k] >= threshold;  // all bits set or none
+        rest[k] -= reinterpret_cast<Pair>(reached & reinterpret_cast<PairMask>(both(threshold)));
+        code[k] = code[k] + code[k] - reached;
+      }
+    for (int k = 0; k < kAtOnce / 2; ++k)
+      for (int lane = 0; lane < 2; ++lane)
+        remainders[from + 2 * k + lane] = static_cast<double>(code[k][lane]);
   }
-  return code;
 }
 
 double decode(double code) {
@@ -50,23 +58,33 @@ void Converter90s::run(Pair* samples, int frames, NoiseGenerator& clock, Saturat
                        double meterShare) {
   NoiseGenerator jitter = clock;
   double lamp = meter.level;
+  bool twins = true;  // both channels alike, as they are without hiss: then one is enough
+  double first[kBlockFrames + kAtOnce] = {}, second[kBlockFrames + kAtOnce] = {};
   for (int i = 0; i < frames; ++i) {
     const double t = 0.1 * jitter.next() + 0.5;
     jitter.next();
     const Pair p0 = numbersOrZero(samples[i]) * kCodes * 0.025 * 0.25;
-    Pair z = 0.5 * (2.0 * p1 + (p2 - p0) * t + (2.0 * p0 - 5.0 * p1 + 4.0 * p2 - p3) * (t * t) +
-                    (3.0 * p1 - p0 - 3.0 * p2 + p3) * (t * t * t));
+    const Pair z = 0.5 * (2.0 * p1 + (p2 - p0) * t + (2.0 * p0 - 5.0 * p1 + 4.0 * p2 - p3) * (t * t) +
+                          (3.0 * p1 - p0 - 3.0 * p2 + p3) * (t * t * t));
     p3 = p2, p2 = p1, p1 = p0;
     const double reach = largerLane(absolute(z));
     const double goal = reach > kLampLevel ? kLampOn : 0.0;
     lamp = flushed(lamp + (goal - lamp) * meterShare, SaturationMeter::kFlush);
     const Pair clipped = smaller(larger(z, both(kBottom)), both(kTop));
     if (clipped[0] != z[0] || clipped[1] != z[1]) lamp = 1.0;
-    const Pair code = approximate(clipped + kCodes);
-    samples[i] = Pair{decode(code[0]), decode(code[1])};
+    first[i] = clipped[0] + kCodes, second[i] = clipped[1] + kCodes;
+    twins &= clipped[0] == clipped[1];
   }
   clock = jitter;
   meter.level = lamp;
+
+  const int rounded = (frames + kAtOnce - 1) / kAtOnce * kAtOnce;
+  approximate(first, rounded);
+  if (!twins) approximate(second, rounded);
+  for (int i = 0; i < frames; ++i) {
+    const double left = decode(first[i]);
+    samples[i] = Pair{left, twins ? left : decode(second[i])};
+  }
 }
 
 }  // namespace corvane::preamp

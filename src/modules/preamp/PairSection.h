@@ -28,13 +28,16 @@ struct PairSection {
   }
   void clearHistory() { x1 = x2 = y1 = y2 = Pair{}; }
 
+  Pair sum(Pair x0) const { return b0 * x0 + b1 * x1 + b2 * x2 - a1 * y1 - a2 * y2; }
+  void push(Pair x0, Pair y0) { x2 = x1, x1 = x0, y2 = y1, y1 = y0; }
+
   /// `filterSample` on each lane; without the guards where `guarded` is false.
   template <bool guarded>
   Pair step(Pair x0) {
     if constexpr (guarded) x0 = numbersOrZero(x0);
-    Pair y0 = flushed(b0 * x0 + b1 * x1 + b2 * x2 - a1 * y1 - a2 * y2, kFilterFlush);
+    Pair y0 = flushed(sum(x0), kFilterFlush);
     if constexpr (guarded) y0 = numbersOrZero(y0);
-    x2 = x1, x1 = x0, y2 = y1, y1 = y0;
+    push(x0, y0);
     return y0;
   }
 };
@@ -61,6 +64,26 @@ void runSections(PairSection* const (&sections)[count], Pair* samples, int frame
   };
   Pair out[kBlockFrames];
   if (!run.template operator()<false>(samples, out)) run.template operator()<true>(samples, out);
+  for (int i = 0; i < frames; ++i) samples[i] = out[i];
+}
+
+/// One section over a block, in place; equal to `runSections` of it alone, bit for bit. One recursion has
+/// nothing to overlap with, so the flush is taken out of it: it changes nothing in outputs above 1e-13, and a
+/// block with a smaller one runs again with it.
+inline void runSection(PairSection& section, Pair* samples, int frames) {
+  constexpr double kFlushMatters = 1e-13;
+  PairMask small = absolute(section.y1) < kFlushMatters;
+  Pair out[kBlockFrames];
+  PairSection local = section;
+  if ((small[0] | small[1]) == 0)
+    for (int i = 0; i < frames; ++i) {
+      const Pair y = local.sum(samples[i]);
+      local.push(samples[i], y);
+      small |= absolute(y) < kFlushMatters;
+      out[i] = y;
+    }
+  if ((small[0] | small[1]) != 0 || hasNaN(local.y1)) return runSections<1>({&section}, samples, frames);
+  section = local;
   for (int i = 0; i < frames; ++i) samples[i] = out[i];
 }
 

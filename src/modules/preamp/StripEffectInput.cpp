@@ -46,7 +46,6 @@ void StripEffectInput::reset() {
   initMeters();
   gain.reset();
   colour.reset();
-  postGainFollower = postGainLevel = 0.0;
 }
 
 void StripEffectInput::setSampleRate(double hz) {
@@ -91,13 +90,6 @@ void StripEffectInput::setParameter(int id, double value) {
 
 void StripEffectInput::setDefaults() { sendDefaults(kPreampFamily, *this, parameterBase); }
 
-void StripEffectInput::followPostGain(const double* left, const double* right, int frames) {
-  double level = postGainFollower;
-  for (int i = 0; i < frames; ++i)
-    level = followLevel(std::max(std::abs(left[i]), std::abs(right[i])), level, meterAttack, meterRelease);
-  postGainFollower = postGainLevel = level;
-}
-
 void StripEffectInput::processBlockMono(double** in, double** out, int frames) {
   if (passes()) return passThroughBlock(in, out, frames);
   double input[kBlockFrames], y[kBlockFrames];
@@ -105,39 +97,48 @@ void StripEffectInput::processBlockMono(double** in, double** out, int frames) {
   std::copy_n(input, frames, y);
   polarity[0].run(y, frames);
   gain.processMono(y, frames);
-  followPostGain(y, y, frames);
   if (isColoured()) {
-    double second[kBlockFrames];
+    double amplified[kBlockFrames], second[kBlockFrames];
+    std::copy_n(y, frames, amplified);
     std::copy_n(y, frames, second);
     colour.process(y, second, frames);
+    followMono(input, y, frames);
+    followInside(amplified);
+  } else {
+    followMono(input, y, frames);
+    followInside(y);
   }
-  followMono(input, y, frames);
   writeMono(y, out, frames);
 }
 
 void StripEffectInput::processBlock(double** in, double** out, int frames) {
   if (passes()) return passThroughBlock(in, out, frames);
-  double left[kBlockFrames], right[kBlockFrames];
-  std::copy_n(in[2 * inputPair], frames, left);
-  std::copy_n(in[2 * inputPair + 1], frames, right);
-  for (int i = 0; i < frames; ++i) followInput(left[i], right[i]);
-  polarity[0].run(left, frames);
-  polarity[1].run(right, frames);
-  gain.processPair(left, right, frames);
-  followPostGain(left, right, frames);
-  if (isColoured()) colour.process(left, right, frames);
-  for (int i = 0; i < frames; ++i) followOutput(left[i], right[i]);
+  double input[2][kBlockFrames], y[2][kBlockFrames];
+  for (int channel = 0; channel < 2; ++channel) {
+    std::copy_n(in[2 * inputPair + channel], frames, input[channel]);
+    std::copy_n(input[channel], frames, y[channel]);
+    polarity[channel].run(y[channel], frames);
+  }
+  gain.processPair(y[0], y[1], frames);
+  double amplified[kBlockFrames];
+  for (int i = 0; i < frames; ++i) amplified[i] = std::max(std::abs(y[0][i]), std::abs(y[1][i]));
+  if (isColoured()) colour.process(y[0], y[1], frames);
+  const double* const inputs[] = {input[0], input[1]};
+  const double* const outputs[] = {y[0], y[1]};
+  followPair(inputs, outputs, frames);
+  for (int i = 0; i < frames; ++i)
+    insideLevel = followLevel(amplified[i], insideLevel, meterAttack, meterRelease);
   for (int pair = 0; (outputPairs >> pair) != 0; ++pair) {
     if ((outputPairs >> pair & 1) == 0) continue;
-    std::copy_n(left, frames, out[2 * pair]);
-    std::copy_n(right, frames, out[2 * pair + 1]);
+    std::copy_n(y[0], frames, out[2 * pair]);
+    std::copy_n(y[1], frames, out[2 * pair + 1]);
   }
 }
 
 void StripEffectInput::getMeter(int id, double* value) {
   if (getLevelMeter(id, value)) return;
   switch (id - meterBase) {
-    case kPostGainMeter: *value = postGainLevel; break;
+    case kPostGainMeter: *value = insideLevel; break;
     case kAutomatMeter: *value = knobPosition(gain.aimedGain()); break;
     case kSaturationMeter: *value = colour.saturation(); break;
     default: break;
@@ -146,7 +147,6 @@ void StripEffectInput::getMeter(int id, double* value) {
 
 void StripEffectInput::resetMeters() {
   initMeters();
-  postGainLevel = postGainFollower = 0.0;
   colour.clearMeter();
 }
 

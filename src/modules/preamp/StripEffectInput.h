@@ -38,14 +38,9 @@ class StripEffectInput final : public StripEffect {
   bool passes() const { return enabled == 0 || type == 0; }
   bool isColoured() const { return analog && type != kPlainType; }
   void setType(double value);
-  /// Post-gain meter over a block; `right` may be `left`.
-  void followPostGain(const double* left, const double* right, int frames);
-
   preamp::GainStage gain;
   preamp::ColourStage colour;
   preamp::Polarity polarity[2];
-  double postGainFollower = 0.0;
-  double postGainLevel = 0.0;  ///< published meter, linear
   std::int32_t enabled = 1;
   bool analog = true;  ///< colour in the path
 };

@@ -64,6 +64,38 @@ TEST(Preamp, GlidesToItsGainAsAOnePole) {
   }
 }
 
+TEST(Preamp, MetersBetweenGainAndColourWhetherAskedAloneOrWithOthers) {
+  ModuleRig first(kPreampFamily, 4), second(kPreampFamily, kPlainType);
+  first.set(kGain, 0.7), second.set(kGain, 0.3);
+  first.reset(), second.reset();
+  const double attack = 1.0 - std::pow(0.01, 1.0 / ((std::pow(101.0, 0.4) - 1.0) * 48.0));
+  const double release = 1.0 - std::pow(0.0625, 1.0 / (100.0 * std::pow(100.0, 0.4) * 48.0));
+  const auto gainOf = [](double p) { return fromDb(physicalValue(kPreampFamily, kGain, p)); };
+  double loud = 0.0, quiet = 0.0;
+  for (std::uint32_t block = 0; block < 40; ++block) {
+    const Samples x = noise(0.5, (block % 3 == 0 ? 64.0 : 23.0) / 48000.0, 48000.0, block + 1);
+    first.runMono(x), second.runMono(x);
+    if (block % 5 == 0) {
+      StripEffect* const rack[] = {first.module.get(), nullptr, second.module.get()};
+      StripEffect::settleMeters(rack);
+    }
+    for (const double v : x) {
+      loud = followLevel(std::abs(v) * gainOf(0.7), loud, attack, release);
+      quiet = followLevel(std::abs(v) * gainOf(0.3), quiet, attack, release);
+    }
+    if (block % 7 == 0) {
+      EXPECT_NEAR(first.meter(kPostGain), loud, 1e-14);  // coefficients round once or twice
+    }
+  }
+  EXPECT_NEAR(first.meter(kPostGain), loud, 1e-14);
+  EXPECT_NEAR(second.meter(kPostGain), quiet, 1e-14);
+  second.module->disable();
+  second.runMono(constant(1.0, 0.1, 48000.0));
+  EXPECT_NEAR(second.meter(kPostGain), quiet, 1e-14);  // a module that passes has no gain to meter behind
+  second.module->resetMeters();
+  EXPECT_EQ(second.meter(kPostGain), 0.0);
+}
+
 TEST(Preamp, AutomationSettlesWhereTwiceTheAmplitudeMeetsTheReference) {
   ModuleRig rig = automatedRig(kRms, kUp, -15.0);
   rig.runMono(sine(1000.0, 0.5, 3.0, 48000.0));

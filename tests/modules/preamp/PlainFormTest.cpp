@@ -12,9 +12,10 @@ using namespace rig;
 constexpr Colour kColours[] = {Colour::console60s, Colour::console70s, Colour::console80s,
                                Colour::converter90s};
 
-/// Quiet, loud and silent stretches, the two channels unlike each other.
+/// Faint (where flushes act), quiet, loud and silent stretches, the two channels unlike each other.
 std::pair<Samples, Samples> programme(double rateHz) {
-  Samples left = joined(noise(0.01, 0.02, rateHz, 3), sine(110.0, 0.9, 0.05, rateHz));
+  Samples left = joined(noise(1e-12, 0.01, rateHz, 2), noise(0.01, 0.02, rateHz, 3));
+  left = joined(left, sine(110.0, 0.9, 0.05, rateHz));
   left = joined(joined(left, silence(0.02, rateHz)), noise(1.0, 0.02, rateHz, 5));
   Samples right(left.size());
   for (std::size_t n = 0; n < left.size(); ++n) right[n] = left[n] * (n % 700 < 350 ? 0.3 : -1.1);
@@ -80,6 +81,23 @@ TEST(ColourStage, ChangesItsModelInTheMiddleOfLoudSoundAndKeepsAllButTheFilters)
                               Colour::converter90s, Colour::console60s, Colour::console80s}) {
     rivals.setColour(colour);
     EXPECT_LE(rivals.difference(left, right), 1e-12) << "type " << static_cast<int>(colour);
+  }
+}
+
+// 1e-15: two roundings of the polynomial and those of its coefficients; worst seen 3e-16.
+TEST(PushPullCurves, AreTheirLawsInTablesToARounding) {
+  const auto law = [](auto arc, long double scale, long double x) {
+    const long double p = 8.0L / std::pow(16.0L, 0.6L), w = std::pow(p, 0.125L);
+    return std::pow(arc(std::pow(scale * x, p) * w) / w, 1.0L / p) / scale / x;
+  };
+  const auto atan = [](long double y) { return std::atan(y); };
+  const auto tanh = [](long double y) { return std::tanh(y); };
+  const long double p = 8.0L / std::pow(16.0L, 0.6L);
+  for (double x = 1e-9; x < 2000.0; x *= 1.00137) {
+    const auto rising = static_cast<double>(law(atan, 1.22L - p / 8.0L, x));
+    const auto falling = static_cast<double>(law(tanh, 1.1L - p / 8.0L, x));
+    ASSERT_NEAR(risingGain()(x) / rising, 1.0, 1e-15) << x;
+    ASSERT_NEAR(fallingGain()(x) / falling, 1.0, 1e-15) << x;
   }
 }
 
