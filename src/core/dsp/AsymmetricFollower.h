@@ -14,8 +14,12 @@ struct AsymmetricFollower {
   void followBlock(const double* samples, int count) {
     const double rise = coefficient, fall = std::sqrt(coefficient);
     double v = level;
-    for (int i = 0; i < count; ++i) v += (samples[i] - v) * (v > samples[i] ? fall : rise);
+    for (int i = 0; i < count; ++i) v = next(v, samples[i], rise, fall);
     level = v;
+  }
+  /// The level after `sample`, for an owner that follows in a loop of its own; `fall`: root of `rise`.
+  static double next(double level, double sample, double rise, double fall) {
+    return level + (sample - level) * (level > sample ? fall : rise);
   }
 };
 

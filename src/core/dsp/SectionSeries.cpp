@@ -98,4 +98,25 @@ void processSeries(std::span<GlideFilter> sections, double* samples, int count) 
   }
 }
 
+void processSideBySide(GlideFilter& a, double* x, GlideFilter& b, double* y, int count) {
+  if (count < 1) return;
+  if (stands(a) && stands(b)) {
+    a.current = a.target, b.current = b.target;
+    SectionPair pair{a.current, a.history, b.current, b.history};
+    double outX[kBlockFrames], outY[kBlockFrames];
+    for (int i = 0; i < count; ++i) {
+      pair.step(Pair{x[i], y[i]});
+      outX[i] = pair.y1[0], outY[i] = pair.y1[1];
+    }
+    if (!pair.isPoisoned()) {
+      a.history = pair.history(0), b.history = pair.history(1);
+      std::copy_n(outX, count, x);
+      std::copy_n(outY, count, y);
+      return;
+    }
+  }
+  a.processBuffer(x, count);
+  b.processBuffer(y, count);
+}
+
 }  // namespace corvane

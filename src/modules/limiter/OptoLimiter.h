@@ -1,5 +1,7 @@
 #pragma once
 
+#include "modules/limiter/TrailingFollower.h"
+
 namespace corvane::limiter {
 
 // Opto limiter: a peak detector drives a cell with a memory, as lamp and photoresistor do. The cell brightens
@@ -8,7 +10,8 @@ namespace corvane::limiter {
 //
 //   peak    v = 0.93 |k|, instant rise, one-pole fall
 //   cell    x = peak / ceiling + bias, memory rises by a share of x - memory per sample,
-//           falls by min(0.0333 (memory - x), 0.03625 atan(4 m^4 fall))
+//           falls by min(0.0333 (memory - x), 0.03625 atan(4 m^4 fall)),
+//           m = memory - (x + 1) / 2 hard, memory - (0.999 x + 0.001) soft
 //   gain    y = held and smoothed memory;  hard: min(1, 1 / y)   soft: tanh(y) / y
 //
 // Levels are linear and count from the ceiling: 1.0 is a key at the ceiling. Both laws bring a loud key to
@@ -18,6 +21,8 @@ namespace corvane::limiter {
 struct OptoCoefficients {
   double optoAttack = 0.0;    ///< cell, rising
   double optoFall = 0.0;      ///< cell, falling: scale of the fourth-power law
+  double fallSeries[5] = {};  ///< 0.03625 atan(4 q fall) = s0 q + s1 q^3 + s2 q^5 + ..., q = m^4
+  double seriesEnd = 0.0;     ///< q up to which these terms serve
   double optoPeakFall = 0.0;  ///< peak detector and hold, falling
   double riseFast = 0.0;      ///< last smoother, rising: 4 kHz
   double fallFast = 0.0;      ///< last smoother, falling: 100 Hz
@@ -36,8 +41,8 @@ struct OptoState {
   double optoFollow = 0.0;
 };
 
-/// Gains for `frames` (at most a block) of rectified key.
+/// Gains for `frames` (at most a block) of rectified key; `beside` takes as many steps.
 void optoGains(const double* rectifiedKey, int frames, double ceilingInverse, bool soft,
-               const OptoCoefficients& c, OptoState& state, double* gains);
+               const OptoCoefficients& c, OptoState& state, double* gains, TrailingFollower& beside);
 
 }  // namespace corvane::limiter

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "core/dsp/Biquad.h"
+#include "core/dsp/FastMath.h"
 #include "core/dsp/Flush.h"
 
 namespace corvane::limiter {
@@ -21,18 +21,18 @@ struct Valve2 {
   static double gain(double v) { return 1.0 / (kValve * v + 1.0); }
 };
 struct Tape1 {
-  static double gain(double v) { return v > kSmallestLevel ? std::atan(v) / v : 1.0; }
+  static double gain(double v) { return v > kSmallestLevel ? fast::atan(v) / v : 1.0; }
 };
 struct Tape2 {
-  static double gain(double v) { return v > kSmallestLevel ? std::tanh(v) / v : 1.0; }
+  static double gain(double v) { return v > kSmallestLevel ? fast::tanh(v) / v : 1.0; }
 };
 struct SoftClip {
-  static double gain(double v) { return v > kSmallestLevel ? std::sqrt(std::tanh(v * v)) / v : 1.0; }
+  static double gain(double v) { return v > kSmallestLevel ? std::sqrt(fast::tanh(v * v)) / v : 1.0; }
 };
 struct HardClip {
   static double gain(double v) {
     const double v2 = v * v;
-    return v > kSmallestLevel ? std::sqrt(std::sqrt(std::tanh(v2 * v2))) / v : 1.0;
+    return v > kSmallestLevel ? std::sqrt(std::sqrt(fast::tanh(v2 * v2))) / v : 1.0;
   }
 };
 
@@ -42,25 +42,31 @@ void bend(double* levels, int frames) {
 }
 
 void softEnvelope(const double* rectifiedKey, int frames, double ceilingInverse, double share,
-                  SaturatorState& s, double* levels) {
+                  SaturatorState& s, double* levels, TrailingFollower& beside) {
   double stage = s.satStage1;
+  TrailingFollower meter = beside;
   for (int i = 0; i < frames; ++i) {
     stage = flushed(stage + (rectifiedKey[i] * ceilingInverse - stage) * share, kFlush);
     levels[i] = stage;
+    meter.step();
   }
   s.satStage1 = stage;
+  beside = meter;
 }
 
 void hardEnvelope(const double* rectifiedKey, int frames, double ceilingInverse, double share,
-                  SaturatorState& s, double* levels) {
+                  SaturatorState& s, double* levels, TrailingFollower& beside) {
   auto [stage1, stage2, stage3] = s;
+  TrailingFollower meter = beside;
   for (int i = 0; i < frames; ++i) {
     stage1 = flushed(stage1 + (rectifiedKey[i] * ceilingInverse - stage1) * share, kFlush);
     stage2 = flushed(stage2 + (stage1 - stage2) * share, kFlush);
     stage3 = flushed(stage3 + (stage2 - stage3) * share, kFlush);
     levels[i] = stage3;
+    meter.step();
   }
   s = {stage1, stage2, stage3};
+  beside = meter;
 }
 
 }  // namespace
@@ -87,11 +93,12 @@ double saturatorGain(std::int32_t shape, double v) {
 }
 
 void saturatorGains(const double* rectifiedKey, int frames, double ceilingInverse, std::int32_t shape,
-                    bool soft, const SaturatorCoefficients& c, SaturatorState& state, double* gains) {
+                    bool soft, const SaturatorCoefficients& c, SaturatorState& state, double* gains,
+                    TrailingFollower& beside) {
   if (soft)
-    softEnvelope(rectifiedKey, frames, ceilingInverse, c.satCoefSoft, state, gains);
+    softEnvelope(rectifiedKey, frames, ceilingInverse, c.satCoefSoft, state, gains, beside);
   else
-    hardEnvelope(rectifiedKey, frames, ceilingInverse, c.satCoefHard, state, gains);
+    hardEnvelope(rectifiedKey, frames, ceilingInverse, c.satCoefHard, state, gains, beside);
   switch (shape) {
     case 0: return bend<Valve1>(gains, frames);
     case 1: return bend<Valve2>(gains, frames);

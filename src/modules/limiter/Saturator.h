@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "modules/limiter/TrailingFollower.h"
+
 namespace corvane::limiter {
 
 // Saturator: a gain computed from a smoothed envelope v of the key, v = 1.0 at the ceiling.
@@ -38,8 +40,9 @@ struct SaturatorState {
 /// Gain of curve `shape` (0 .. kShapes - 1) for a standing envelope `v`.
 double saturatorGain(std::int32_t shape, double v);
 
-/// Gains for `frames` (at most a block) of rectified key.
+/// Gains for `frames` (at most a block) of rectified key; `beside` takes as many steps.
 void saturatorGains(const double* rectifiedKey, int frames, double ceilingInverse, std::int32_t shape,
-                    bool soft, const SaturatorCoefficients& c, SaturatorState& state, double* gains);
+                    bool soft, const SaturatorCoefficients& c, SaturatorState& state, double* gains,
+                    TrailingFollower& beside);
 
 }  // namespace corvane::limiter

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/Rack.h"
+#include "core/dsp/SectionSeries.h"
 #include "modules/limiter/LimiterFamily.h"
 #include "modules/limiter/LimiterTable.h"
 
@@ -104,15 +105,14 @@ void StripEffectLimiter_BrickWall_Saturator::processBrickWall(double** in, doubl
   smoothGains();
   if (brickMode < 0 || brickMode >= limiter::kBrickModes) return passThroughBlock(in, out, frames);
   Lane lanes[2];
-  readLanes(in, frames, channels, lanes);
+  readLanes(in, frames, channels, false, lanes);
   rectifyKeys(frames, channels, lanes);
-  for (int c = 0; c < channels; ++c) {
-    Lane& lane = lanes[c];
-    limiter::brickWallGains(lane.rectified, frames, ceilingInverseSmoothed, brickMode, softOn != 0,
-                            brickCoefficients, channel[c].brick, lane.gain);
-    for (int i = 0; i < frames; ++i) lane.output[i] = lane.input[i] * lane.gain[i];
-  }
-  finishBlock(out, frames, channels, lanes, reductionFollow);
+  runPieces(out, frames, channels, lanes, reductionFollow, [&](int c, int from, int n, auto& beside) {
+    double* gain = lanes[c].gain + from;
+    limiter::brickWallGains(lanes[c].rectified + from, n, ceilingInverseSmoothed, brickMode, softOn != 0,
+                            brickCoefficients, channel[c].brick, gain, beside);
+    for (int i = 0; i < n; ++i) lanes[c].output[from + i] = lanes[c].input[from + i] * gain[i];
+  });
 }
 
 void StripEffectLimiter_BrickWall_Saturator::processSaturator(double** in, double** out, int frames,
@@ -120,21 +120,22 @@ void StripEffectLimiter_BrickWall_Saturator::processSaturator(double** in, doubl
   smoothGains();
   if (shapeStep < 0 || shapeStep >= limiter::kShapes) return passThroughBlock(in, out, frames);
   Lane lanes[2];
-  readLanes(in, frames, channels, lanes);
+  readLanes(in, frames, channels, true, lanes);
   for (int c = 0; c < channels; ++c) {
     std::copy_n(lanes[c].input, frames, lanes[c].output);
-    channel[c].keyShelf.processBuffer(lanes[c].key, frames);
-    channel[c].signalShelf.processBuffer(lanes[c].output, frames);
+    processSideBySide(channel[c].keyShelf, lanes[c].keyBuffer, channel[c].signalShelf, lanes[c].output,
+                      frames);
   }
   rectifyKeys(frames, channels, lanes);
-  for (int c = 0; c < channels; ++c) {
-    Lane& lane = lanes[c];
-    limiter::saturatorGains(lane.rectified, frames, ceilingInverseSmoothed, shapeStep, softOn != 0,
-                            saturatorCoefficients, channel[c].saturator, lane.gain);
-    for (int i = 0; i < frames; ++i) lane.output[i] = lane.gain[i] * lane.output[i];
-    channel[c].restoreShelf.processBuffer(lane.output, frames);
-  }
-  finishBlock(out, frames, channels, lanes, kSaturatorMeterShare * reductionFollow);
+  runPieces(out, frames, channels, lanes, kSaturatorMeterShare * reductionFollow,
+            [&](int c, int from, int n, auto& beside) {
+              double* gain = lanes[c].gain + from;
+              double* y = lanes[c].output + from;
+              limiter::saturatorGains(lanes[c].rectified + from, n, ceilingInverseSmoothed, shapeStep,
+                                      softOn != 0, saturatorCoefficients, channel[c].saturator, gain, beside);
+              for (int i = 0; i < n; ++i) y[i] = gain[i] * y[i];
+              channel[c].restoreShelf.processBuffer(y, n);
+            });
 }
 
 }  // namespace corvane

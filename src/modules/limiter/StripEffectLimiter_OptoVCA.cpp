@@ -16,7 +16,7 @@ constexpr double kKeyQ = 0.5;
 constexpr double kReductionSeconds = 0.30000001192092896;  // a rise of the gain to 0.109 of the distance
 constexpr double kReductionRest = 0.109;
 // Ceiling and output gain move once per block of 64: 200 ms, 0.015625 = 1 / 64.
-constexpr double kSmoothMs = 200.0, kBlocksPerFrame = 0.015625;
+constexpr double kSmoothMs = 200.0, kBlocksPerSample = 0.015625;
 constexpr double kSmoothFlush = 1e-15;
 constexpr int kReductionMeter = 2;
 
@@ -80,7 +80,7 @@ void StripEffectLimiter_OptoVCA::reset() {
 
 void StripEffectLimiter_OptoVCA::updateSmoothing() {
   reductionFollow = 1.0 - std::pow(kReductionRest, 1.0 / (kReductionSeconds * sampleRate));
-  gainSmooth = limiter::shareOver(sampleRate * kSmoothMs * 0.001 * kBlocksPerFrame);
+  gainSmooth = limiter::shareOver(sampleRate * kSmoothMs * 0.001 * kBlocksPerSample);
 }
 
 void StripEffectLimiter_OptoVCA::setSampleRate(double hz) {
@@ -154,10 +154,15 @@ void StripEffectLimiter_OptoVCA::smoothGains() {
   step(outputGainSmoothed, outputGain);
 }
 
-void StripEffectLimiter_OptoVCA::readLanes(double** in, int frames, int channels, Lane* lanes) const {
+void StripEffectLimiter_OptoVCA::readLanes(double** in, int frames, int channels, bool ownKey,
+                                           Lane* lanes) const {
   for (int c = 0; c < channels; ++c) {
-    std::copy_n(in[2 * inputPair + c], frames, lanes[c].input);
-    std::copy_n(in[2 * sideChainSource + c], frames, lanes[c].key);
+    Lane& lane = lanes[c];
+    std::copy_n(in[2 * inputPair + c], frames, lane.input);
+    lane.key = lane.input;
+    if (!ownKey && sideChainSource == inputPair) continue;
+    std::copy_n(in[2 * sideChainSource + c], frames, lane.keyBuffer);
+    lane.key = lane.keyBuffer;
   }
 }
 
@@ -169,50 +174,54 @@ void StripEffectLimiter_OptoVCA::rectifyKeys(int frames, int channels, Lane* lan
       lanes[0].rectified[i] = lanes[1].rectified[i] = std::max(lanes[0].rectified[i], lanes[1].rectified[i]);
 }
 
-void StripEffectLimiter_OptoVCA::finishBlock(double** out, int frames, int channels, Lane* lanes,
-                                             double followerCoefficient) {
+void StripEffectLimiter_OptoVCA::meterPiece(int from, int n, int channels, Lane* lanes,
+                                            limiter::TrailingFollower& beside) {
+  double* gain = lanes[0].gain + from;
+  if (channels == 2)  // the one meter shows the channel that is reduced more
+    for (int i = 0; i < n; ++i) gain[i] = std::min(gain[i], lanes[1].gain[from + i]);
+  beside.take(gain, n);
+}
+
+void StripEffectLimiter_OptoVCA::finishBlock(double** out, int frames, int channels, Lane* lanes) {
+  const double gain = outputGainSmoothed;
   for (int c = 0; c < channels; ++c) {
-    Lane& lane = lanes[c];
+    double* y = lanes[c].output;
     if (monitor)
-      std::copy_n(lane.key, frames, lane.output);
+      std::copy_n(lanes[c].key, frames, y);
     else
-      for (int i = 0; i < frames; ++i) lane.output[i] *= outputGainSmoothed;
+      for (int i = 0; i < frames; ++i) y[i] *= gain;
   }
   if (channels == 1) {
-    followMono(lanes[0].input, lanes[0].output, frames);
     writeMono(lanes[0].output, out, frames);
+    followMono(lanes[0].input, lanes[0].output, frames);
   } else {
-    for (int i = 0; i < frames; ++i) {
-      followInput(lanes[0].input[i], lanes[1].input[i]);
-      followOutput(lanes[0].output[i], lanes[1].output[i]);
-      lanes[0].gain[i] = std::min(lanes[0].gain[i], lanes[1].gain[i]);  // the meter shows the deeper one
-    }
     if (outputPairs & 1)
       for (int c = 0; c < 2; ++c) std::copy_n(lanes[c].output, frames, out[c]);
+    const double* inputs[2] = {lanes[0].input, lanes[1].input};
+    const double* outputs[2] = {lanes[0].output, lanes[1].output};
+    followPair(inputs, outputs, frames);
   }
-  gainFollower.coefficient = followerCoefficient;
-  gainFollower.followBlock(lanes[0].gain, frames);
   reductionMeter = 1.0 - gainFollower.level;
 }
 
 void StripEffectLimiter_OptoVCA::processOptoVca(double** in, double** out, int frames, int channels) {
   Lane lanes[2];
   smoothGains();
-  readLanes(in, frames, channels, lanes);
+  readLanes(in, frames, channels, hpfOn != 0, lanes);
   if (hpfOn)
-    for (int c = 0; c < channels; ++c) channel[c].keyFilter.processBuffer(lanes[c].key, frames);
+    for (int c = 0; c < channels; ++c) channel[c].keyFilter.processBuffer(lanes[c].keyBuffer, frames);
   rectifyKeys(frames, channels, lanes);
-  for (int c = 0; c < channels; ++c) {
-    Lane& lane = lanes[c];
+  const double ci = ceilingInverseSmoothed;
+  const bool soft = softOn != 0;
+  runPieces(out, frames, channels, lanes, reductionFollow, [&](int c, int from, int n, auto& beside) {
+    const double* key = lanes[c].rectified + from;
+    double* gain = lanes[c].gain + from;
     if (type == kOpto)
-      limiter::optoGains(lane.rectified, frames, ceilingInverseSmoothed, softOn != 0, optoCoefficients,
-                         channel[c].opto, lane.gain);
+      limiter::optoGains(key, n, ci, soft, optoCoefficients, channel[c].opto, gain, beside);
     else
-      limiter::vcaGains(lane.rectified, frames, ceilingInverseSmoothed, softOn != 0, vcaCoefficients,
-                        channel[c].vca, lane.gain);
-    for (int i = 0; i < frames; ++i) lane.output[i] = lane.input[i] * lane.gain[i];
-  }
-  finishBlock(out, frames, channels, lanes, reductionFollow);
+      limiter::vcaGains(key, n, ci, soft, vcaCoefficients, channel[c].vca, gain, beside);
+    for (int i = 0; i < n; ++i) lanes[c].output[from + i] = lanes[c].input[from + i] * gain[i];
+  });
 }
 
 void StripEffectLimiter_OptoVCA::getMeter(int id, double* value) {

@@ -1,8 +1,9 @@
 #include "modules/limiter/VcaLimiter.h"
 
+#include <algorithm>
 #include <cmath>
 
-#include "core/dsp/Biquad.h"
+#include "core/dsp/FastMath.h"
 #include "modules/limiter/LimiterTimes.h"
 
 namespace corvane::limiter {
@@ -13,22 +14,49 @@ constexpr double kSoftRest = -1.2999999523162842, kHardRest = -0.800000011920929
 constexpr double kKeyFloor = 0.0001;  // -80 dB: the logarithm of silence stays finite
 constexpr double kAttackExponent = 0.01002286817603043;
 constexpr double kBesideZero = 1e-6;
+constexpr double kUnheard = -1e9;        // log level of a key that lifts nothing
+constexpr double kRounding = 1e-9;       // decades, far above what logarithm and floor are off
 constexpr double kSmallestLevel = 1e-5;  // below it the soft law is 1
 
-/// Replaces log levels of the key by the held levels, in decades.
-void hold(double* levels, int frames, double rest, const VcaCoefficients& c, VcaState& state) {
+/// True when no key of the piece can lift the floor, so that its logarithms are not needed: the loudest one
+/// is below the lowest place that the floor can come to, which falls less and less.
+bool staysBelowFloor(const double* rectifiedKey, int frames, double ceilingInverse, double rest,
+                     const VcaCoefficients& c, const VcaState& state) {
+  double loudest = 0.0;
+  for (int i = 0; i < frames; ++i) loudest = std::max(loudest, rectifiedKey[i]);
+  const double lowest = state.vcaFloor + std::min(0.0, frames * (rest - state.vcaFloor) * c.vcaFall);
+  return fast::log10(ceilingInverse * loudest + kKeyFloor) < lowest - kRounding;
+}
+
+double softGain(double level) { return level > kSmallestLevel ? fast::tanh(level) / level : 1.0; }
+
+double hardGain(double level) {
+  const double y = level + kBesideZero;
+  return y >= 1.0 ? 1.0 / y : 1.0;
+}
+
+/// Replaces log levels of the key by the held levels, in decades; the highest of them.
+///
+/// The floor falls first and then rises where l is above it: the larger of the two, with the rise computed
+/// from the floor before its fall, so that a sample waits for one multiplication and two additions less.
+double hold(double* levels, int frames, double rest, const VcaCoefficients& c, VcaState& state,
+            TrailingFollower& beside) {
+  const double fall = c.vcaFall, smooth = c.vcaSmooth;
+  const double keep = (1.0 - fall) * (1.0 - c.vcaAttack), lift = rest * fall * (1.0 - c.vcaAttack);
+  for (int i = 0; i < frames; ++i) levels[i] = lift + levels[i] * c.vcaAttack;
   auto [floor, held] = state;
+  double highest = held;
+  TrailingFollower meter = beside;
   for (int i = 0; i < frames; ++i) {
-    const double l = levels[i];
-    floor += (rest - floor) * c.vcaFall;
-    if (l > floor) floor += (l - floor) * c.vcaAttack;
-    if (floor > held)
-      held = floor;
-    else
-      held += (floor - held) * c.vcaSmooth;
+    floor = std::max(floor + (rest - floor) * fall, keep * floor + levels[i]);
+    held = std::max(floor, held + (floor - held) * smooth);
     levels[i] = held;
+    highest = std::max(highest, held);
+    meter.step();
   }
   state = {floor, held};
+  beside = meter;
+  return highest;
 }
 
 }  // namespace
@@ -45,18 +73,20 @@ void designVcaRelease(double releaseMs, double attackMs, double sampleRateHz, Vc
 }
 
 void vcaGains(const double* rectifiedKey, int frames, double ceilingInverse, bool soft,
-              const VcaCoefficients& c, VcaState& state, double* gains) {
-  for (int i = 0; i < frames; ++i) gains[i] = std::log10(ceilingInverse * rectifiedKey[i] + kKeyFloor);
-  hold(gains, frames, soft ? kSoftRest : kHardRest, c, state);
-  for (int i = 0; i < frames; ++i) gains[i] = std::pow(10.0, gains[i]);
-  if (soft)
-    for (int i = 0; i < frames; ++i)
-      gains[i] = gains[i] > kSmallestLevel ? std::tanh(gains[i]) / gains[i] : 1.0;
+              const VcaCoefficients& c, VcaState& state, double* gains, TrailingFollower& beside) {
+  const double rest = soft ? kSoftRest : kHardRest;
+  if (staysBelowFloor(rectifiedKey, frames, ceilingInverse, rest, c, state))
+    std::fill_n(gains, frames, kUnheard);
   else
-    for (int i = 0; i < frames; ++i) {
-      const double y = gains[i] + kBesideZero;
-      gains[i] = y >= 1.0 ? 1.0 / y : 1.0;
-    }
+    for (int i = 0; i < frames; ++i) gains[i] = fast::log10(ceilingInverse * rectifiedKey[i] + kKeyFloor);
+  const double highest = hold(gains, frames, rest, c, state, beside);
+  if (soft) {
+    for (int i = 0; i < frames; ++i) gains[i] = softGain(fast::pow10(gains[i]));
+  } else if (highest < -kBesideZero) {  // below the ceiling throughout
+    std::fill_n(gains, frames, 1.0);
+  } else {
+    for (int i = 0; i < frames; ++i) gains[i] = hardGain(fast::pow10(gains[i]));
+  }
 }
 
 }  // namespace corvane::limiter

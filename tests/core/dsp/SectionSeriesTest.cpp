@@ -55,5 +55,29 @@ TEST(SectionSeries, IsBitForBitSectionAfterSection) {
   }
 }
 
+TEST(SideBySide, IsBitForBitOneSectionAfterTheOther) {
+  auto paired = chain(2), plain = chain(2);
+  const Samples first = noise(0.5, 0.5, 48000.0, 2), second = noise(0.5, 0.5, 48000.0, 3);
+  std::size_t at = 0;
+  for (int block = 0; block < 200; ++block) {
+    const int length = block % 65;
+    const auto cut = [&](const Samples& x) {
+      const auto from = x.begin() + static_cast<long>(at);
+      return Samples(from, from + length);
+    };
+    Samples a = cut(first), b = cut(second);
+    if (block == 90 && length > 20) b[20] = std::numeric_limits<double>::quiet_NaN();
+    if (block == 120)  // one glides, the other stands
+      for (auto* some : {&paired, &plain}) some->back().setGainDb(9.0);
+    Samples c = a, d = b;
+    processSideBySide(paired[0], a.data(), paired[1], b.data(), length);
+    plain[0].processBuffer(c.data(), length), plain[1].processBuffer(d.data(), length);
+    ASSERT_TRUE(sameBits(a, c) && sameBits(b, d)) << "block " << block << " of " << length;
+    at += static_cast<std::size_t>(length);
+  }
+  for (std::size_t k = 0; k < 2; ++k)
+    EXPECT_EQ(std::memcmp(&paired[k].history, &plain[k].history, sizeof paired[k].history), 0) << k;
+}
+
 }  // namespace
 }  // namespace corvane
