@@ -13,6 +13,52 @@ constexpr double kGlideMs = 60.0;                                    // at the r
 constexpr double kOnePoleGlide = 0.001, kOnePoleGlideFlush = 1e-18;  // share of the way per sample
 constexpr double kTurn = 6.283;
 
+// Standing sections as they run in a loop of their own, without the guards: a not-a-number once in a
+// recursion stays in it, so one look behind the block tells whether a guard would have acted.
+
+struct SecondOrder {
+  BiquadCoefficients c;
+  double x1, x2, y1, y2;
+
+  SecondOrder(const BiquadCoefficients& set, const BiquadHistory& h)
+      : c(set), x1(h.x1), x2(h.x2), y1(h.y1), y2(h.y2) {}
+  double step(double x0) {
+    const double y0 = flushed(c.b0 * x0 + c.b1 * x1 + c.b2 * x2 - c.a1 * y1 - c.a2 * y2, kFilterFlush);
+    x2 = x1, x1 = x0, y2 = y1, y1 = y0;
+    return y0;
+  }
+  bool isPoisoned() const { return std::isnan(y1); }
+  void store(BiquadHistory& h) const { h = {x1, x1, x2, y1, y1, y2}; }
+};
+
+template <SectionType kind>
+struct OnePole {
+  double a0, lp;
+
+  OnePole(const BiquadCoefficients& set, const BiquadHistory& h) : a0(set.a0), lp(h.y0) {}
+  double step(double x0) {
+    lp = flushed(lp + (x0 - lp) * a0, kFilterFlush);
+    return kind == SectionType::onePoleLow ? lp : x0 - lp;
+  }
+  bool isPoisoned() const { return std::isnan(lp); }
+  void store(BiquadHistory& h) const { h.y0 = lp; }
+};
+
+/// Sections in series over a block; false, and the block as it was, if a guard would have acted. Their
+/// recursions do not wait for each other: two or three together take little longer than one.
+template <typename... Sections>
+bool runTogether(double* samples, int count, Sections&... sections) {
+  double out[kBlockFrames];
+  for (int i = 0; i < count; ++i) {
+    double v = samples[i];
+    ((v = sections.step(v)), ...);
+    out[i] = v;
+  }
+  if ((sections.isPoisoned() || ...)) return false;
+  std::copy_n(out, count, samples);
+  return true;
+}
+
 }  // namespace
 
 FilterSection::FilterSection(double sampleRateHz, SectionType sectionType, double frequencyHz,
@@ -105,9 +151,41 @@ void FilterSection::processBuffer(double* samples, int count) {
   for (int i = 0; i < count; ++i) samples[i] = processSample(samples[i]);
 }
 
+template <typename... Before>
+bool FilterSection::runGroup(std::span<FilterSection* const> group, double* samples, int count,
+                             Before&... before) {
+  if constexpr (sizeof...(Before) > 0)
+    if (group.empty()) return runTogether(samples, count, before...);
+  if constexpr (sizeof...(Before) < kGroup) {
+    FilterSection& section = *group.front();
+    const auto with = [&](auto form) {
+      if (!runGroup(group.subspan(1), samples, count, before..., form)) return false;
+      form.store(section.history);
+      return true;
+    };
+    if (section.type == SectionType::onePoleLow)
+      return with(OnePole<SectionType::onePoleLow>(section.current, section.history));
+    if (section.type == SectionType::onePoleHigh)
+      return with(OnePole<SectionType::onePoleHigh>(section.current, section.history));
+    return with(SecondOrder(section.current, section.history));
+  }
+  return false;
+}
+
 void FilterSection::processSeries(std::span<FilterSection* const> series, double* samples, int count) {
-  for (FilterSection* section : series)
-    if (section->active) section->processBuffer(samples, count);
+  if (count < 1) return;
+  FilterSection* on[kMostInSeries];
+  const auto last = std::ranges::copy_if(series, on, &FilterSection::isActive).out;
+  std::span<FilterSection* const> rest(on, last);
+  while (!rest.empty()) {
+    const auto group = rest.first(rest.size() == 4 ? 2 : std::min(rest.size(), kGroup));
+    const bool standing = std::ranges::all_of(group, &FilterSection::stands);
+    if (standing)
+      for (FilterSection* section : group) section->current = section->target;
+    if (!standing || !runGroup(group, samples, count))
+      for (FilterSection* section : group) section->processBuffer(samples, count);
+    rest = rest.subspan(group.size());
+  }
 }
 
 }  // namespace corvane

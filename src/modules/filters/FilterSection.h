@@ -39,18 +39,24 @@ class FilterSection {
 
   /// One sample through a section that is on.
   double processSample(double sample);
-  /// A block through sections in series, in place; equal to `processSample` of each in turn, bit for bit.
+  static constexpr std::size_t kMostInSeries = 6;
+  /// A block of at most kBlockFrames through the sections that are on, in place; equal to `processSample` of
+  /// each in turn, bit for bit.
   static void processSeries(std::span<FilterSection* const> series, double* samples, int count);
 
   /// Magnitude of the target design at `hz`, linear.
   double targetMagnitude(double hz) const;
 
  private:
+  static constexpr std::size_t kGroup = 3;  // more gain little and multiply the loops
+
   bool isOnePole() const { return type == SectionType::onePoleHigh || type == SectionType::onePoleLow; }
   bool stands() const { return glide.remaining == 0; }
   void retarget();
   void stepGlide();
   void processBuffer(double* samples, int count);
+  template <typename... Before>
+  static bool runGroup(std::span<FilterSection* const> group, double* samples, int count, Before&... before);
 
   SectionType type;
   double frequency;  ///< Hz

@@ -123,13 +123,10 @@ void StripEffectFilters::switchSections() {
 }
 
 void StripEffectFilters::runChannel(double* samples, int frames, Channel& channel) const {
-  const auto series = channel.inOrder();
-  if (type == kBasic) {
-    FilterSection::processSeries(std::span(series).first(3), samples, frames);
-    FilterSection::processSeries(std::span(series).last(2), samples, frames);
-  } else {
-    FilterSection::processSeries(series, samples, frames);
-  }
+  if (type == kBasic)
+    FilterSection::processSeries(channel.withoutBand(), samples, frames);
+  else
+    FilterSection::processSeries(channel.inOrder(), samples, frames);
 }
 
 void StripEffectFilters::processBlockMono(double** in, double** out, int frames) {

@@ -40,6 +40,9 @@ class StripEffectFilters final : public StripEffect {
     std::array<FilterSection*, 6> inOrder() {
       return {&highPassA, &highPassB, &highPassC, &parametric, &lowPassA, &lowPassB};
     }
+    std::array<FilterSection*, 5> withoutBand() {
+      return {&highPassA, &highPassB, &highPassC, &lowPassA, &lowPassB};
+    }
   };
 
   bool passes() const { return active == 0 || type < kBasic || type > kKey; }

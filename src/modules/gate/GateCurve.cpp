@@ -1,20 +1,32 @@
 #include "modules/gate/GateCurve.h"
 
+#include "core/dsp/Biquad.h"
+#include "core/dsp/FastMath.h"
+
 namespace corvane::gate {
 
 void expanderTargets(double* levels, int frames, int ratioStep) {
   const double exponent = kRatioExponents[static_cast<std::size_t>(ratioStep)];
-  const auto forEach = [&](auto curve) {
-    for (int i = 0; i < frames; ++i) levels[i] = levels[i] < 1.0 ? curve(levels[i]) : 1.0;
-  };
-  if (exponent == 0.0)
-    forEach([](double) { return 1.0; });
-  else if (exponent == 1.0)
-    forEach(PlainCurve{});
-  else if (exponent == 0.5)
-    forEach(RootCurve{});
-  else
-    forEach(PowerCurve{exponent});
+  if (exponent == 1.0 || exponent == 0.5) {
+    for (int i = 0; i < frames; ++i) {
+      const double level = levels[i] < 1.0 ? levels[i] : 1.0;
+      levels[i] = exponent == 1.0 ? level : std::sqrt(level);
+    }
+    return;
+  }
+  // Only what lies below the threshold is worth a power, side by side.
+  int below[kBlockFrames];
+  double powers[kBlockFrames];
+  int count = 0;
+  for (int i = 0; i < frames; ++i) {
+    below[count] = i;
+    powers[count] = levels[i];
+    count += levels[i] < 1.0;
+    levels[i] = 1.0;
+  }
+  if (exponent == 0.0) return;
+  for (int k = 0; k < count; ++k) powers[k] = fast::pow(powers[k], exponent);
+  for (int k = 0; k < count; ++k) levels[below[k]] = powers[k];
 }
 
 }  // namespace corvane::gate

@@ -62,7 +62,7 @@ struct GateState {
 };
 
 /// Release curves x^E. The two exponents that have a short form get it: the straight end of the dial and its
-/// middle, where it stands by default.
+/// middle, where it stands by default. In a recursion the library's power is the quickest there is.
 struct PlainCurve {
   double operator()(double x) const { return x; }
 };

@@ -101,5 +101,23 @@ TEST(FilterSection, SeriesOfAnyMakeUpEqualsItsSectionsSampleBySample) {
   }
 }
 
+// A glide that ends with a block must leave its target behind: the next glide starts there.
+TEST(FilterSection, ANewGlideStartsWhereTheLastOneLanded) {
+  for (SectionType type : {SectionType::onePoleLow, SectionType::lowPass}) {
+    FilterSection fast{kRateHz, type, 300.0, 0.7, 0.0}, plain{kRateHz, type, 300.0, 0.7, 0.0};
+    fast.setActive(true), plain.setActive(true);
+    FilterSection* const series[] = {&fast};
+    Samples x = noise(0.5, 0.2, kRateHz);
+    constexpr std::size_t kBlock = 63;  // 42 of them to a glide
+    for (std::size_t at = 0; at + kBlock <= x.size(); at += kBlock) {
+      if (at % (kBlock * 43) == 0)
+        for (FilterSection* section : {&fast, &plain}) section->setFrequency(400.0 + static_cast<double>(at));
+      const Samples before(x.begin() + static_cast<long>(at), x.begin() + static_cast<long>(at + kBlock));
+      FilterSection::processSeries(series, x.data() + at, kBlock);
+      for (std::size_t n = 0; n < kBlock; ++n) ASSERT_EQ(x[at + n], plain.processSample(before[n])) << at + n;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace corvane
