@@ -4,14 +4,13 @@
 #include <array>
 #include <utility>
 
+#include "core/dsp/RunTogether.h"
 #include "core/dsp/SectionPair.h"
 
 namespace corvane {
 
 namespace {
 
-constexpr int kPairs =
-    3;  // six sections: their state fills the registers, and the pipeline has little to fill
 // Six sections, two to a register: their state fills the registers. A section follows the one before it by
 // two samples within a register and by one across. Within, a step later would make the whole register wait
 // for its own last output on the long way through b0; across, nothing waits in a circle.
@@ -79,8 +78,30 @@ bool runGroup(GlideFilter* s, double* samples, int count) {
   return true;
 }
 
+/// Fewer than six, as long as they are two or four.
+template <std::size_t... k>
+bool runFew(GlideFilter* s, double* samples, int count, std::index_sequence<k...>) {
+  SecondOrder sections[] = {SecondOrder(s[k].current, s[k].history)...};
+  if (!runTogether(samples, count, sections[k]...)) return false;
+  (sections[k].store(s[k].history), ...);
+  return true;
+}
+
 bool stands(const GlideFilter& section) {
   return section.active && section.type != SectionType::none && section.glide.remaining <= 0;
+}
+
+std::size_t groupOf(std::size_t sections, int count) {
+  if (sections >= kGroup && count >= kLastLag) return kGroup;
+  return sections >= 4 ? 4 : sections >= 2 ? 2 : 1;
+}
+
+bool runStanding(std::span<GlideFilter> group, double* samples, int count) {
+  if (group.size() == 1 || !std::ranges::all_of(group, stands)) return false;
+  for (GlideFilter& section : group) section.current = section.target;
+  if (group.size() == kGroup) return runGroup(group.data(), samples, count);
+  return group.size() == 4 ? runFew(group.data(), samples, count, std::make_index_sequence<4>{})
+                           : runFew(group.data(), samples, count, std::make_index_sequence<2>{});
 }
 
 }  // namespace
@@ -88,11 +109,8 @@ bool stands(const GlideFilter& section) {
 void processSeries(std::span<GlideFilter> sections, double* samples, int count) {
   if (count < 1) return;
   while (!sections.empty()) {
-    const auto group = sections.first(std::min<std::size_t>(sections.size(), kGroup));
-    const bool standing = count >= kLastLag && group.size() == kGroup && std::ranges::all_of(group, stands);
-    if (standing)
-      for (GlideFilter& section : group) section.current = section.target;
-    if (!standing || !runGroup(group.data(), samples, count))
+    const auto group = sections.first(groupOf(sections.size(), count));
+    if (!runStanding(group, samples, count))
       for (GlideFilter& section : group) section.processBuffer(samples, count);
     sections = sections.subspan(group.size());
   }

@@ -5,6 +5,8 @@
 #include <complex>
 #include <numbers>
 
+#include "core/dsp/RunTogether.h"
+
 namespace corvane {
 
 namespace {
@@ -13,24 +15,7 @@ constexpr double kGlideMs = 60.0;                                    // at the r
 constexpr double kOnePoleGlide = 0.001, kOnePoleGlideFlush = 1e-18;  // share of the way per sample
 constexpr double kTurn = 6.283;
 
-// Standing sections as they run in a loop of their own, without the guards: a not-a-number once in a
-// recursion stays in it, so one look behind the block tells whether a guard would have acted.
-
-struct SecondOrder {
-  BiquadCoefficients c;
-  double x1, x2, y1, y2;
-
-  SecondOrder(const BiquadCoefficients& set, const BiquadHistory& h)
-      : c(set), x1(h.x1), x2(h.x2), y1(h.y1), y2(h.y2) {}
-  double step(double x0) {
-    const double y0 = flushed(c.b0 * x0 + c.b1 * x1 + c.b2 * x2 - c.a1 * y1 - c.a2 * y2, kFilterFlush);
-    x2 = x1, x1 = x0, y2 = y1, y1 = y0;
-    return y0;
-  }
-  bool isPoisoned() const { return std::isnan(y1); }
-  void store(BiquadHistory& h) const { h = {x1, x1, x2, y1, y1, y2}; }
-};
-
+/// The one-poles of `processSample`, for `runTogether`.
 template <SectionType kind>
 struct OnePole {
   double a0, lp;
@@ -43,21 +28,6 @@ struct OnePole {
   bool isPoisoned() const { return std::isnan(lp); }
   void store(BiquadHistory& h) const { h.y0 = lp; }
 };
-
-/// Sections in series over a block; false, and the block as it was, if a guard would have acted. Their
-/// recursions do not wait for each other: two or three together take little longer than one.
-template <typename... Sections>
-bool runTogether(double* samples, int count, Sections&... sections) {
-  double out[kBlockFrames];
-  for (int i = 0; i < count; ++i) {
-    double v = samples[i];
-    ((v = sections.step(v)), ...);
-    out[i] = v;
-  }
-  if ((sections.isPoisoned() || ...)) return false;
-  std::copy_n(out, count, samples);
-  return true;
-}
 
 }  // namespace
 

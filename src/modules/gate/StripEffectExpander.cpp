@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "core/Rack.h"
+#include "core/dsp/SectionSeries.h"
 #include "modules/gate/GateFamily.h"
 #include "modules/gate/GateTable.h"
 
@@ -23,8 +24,8 @@ GlideFilter keySection(SectionType type, double hz) {
 }  // namespace
 
 StripEffectExpander::Channel::Channel()
-    : keyHighPass{keySection(SectionType::highPass, 20.0), keySection(SectionType::highPass, 20.0)},
-      keyLowPass{keySection(SectionType::lowPass, 20000.0), keySection(SectionType::lowPass, 20000.0)} {}
+    : keyFilters{keySection(SectionType::highPass, 20.0), keySection(SectionType::highPass, 20.0),
+                 keySection(SectionType::lowPass, 20000.0), keySection(SectionType::lowPass, 20000.0)} {}
 
 StripEffectExpander::StripEffectExpander(std::int32_t parameters, std::int32_t meters, std::int32_t tags)
     : StripEffect(parameters, meters, tags) {
@@ -36,22 +37,17 @@ void StripEffectExpander::reset() {
   initMeters();
   smoothCoef = gate::smoothingCoefficient(sampleRate);
   gainMeterPublished = 0.0;
-  for (Channel& channel : channels) channel.state = {};
-  for (auto pair : {&Channel::keyHighPass, &Channel::keyLowPass})
-    forEachSection(pair, [](GlideFilter& section) {
-      section.clearHistory();
-      section.snapToTarget();
-    });
+  for (Channel& channel : channels) {
+    channel.state = {};
+    for (GlideFilter& section : channel.keyFilters) section.clearHistory(), section.snapToTarget();
+  }
 }
 
 void StripEffectExpander::setSampleRate(double hz) {
   sampleRate = clampedRate(hz);
   updateMeterCoefficients();
-  for (auto pair : {&Channel::keyHighPass, &Channel::keyLowPass})
-    forEachSection(pair, [this](GlideFilter& section) {
-      section.sampleRate = sampleRate;
-      section.retarget();
-    });
+  for (Channel& channel : channels)
+    for (GlideFilter& section : channel.keyFilters) section.sampleRate = sampleRate, section.retarget();
   smoothCoef = gate::smoothingCoefficient(sampleRate);
   updateTimes();
 }
@@ -84,13 +80,15 @@ void StripEffectExpander::setParameter(int id, double value) {
     case gate::kRange: range = physical(); break;
     case gate::kHpfIn: hpfOn = decodeSwitch(value); break;
     case gate::kHpfFreq:
-      forEachSection(&Channel::keyHighPass, [hz = std::clamp(physical(), 20.0, 8000.0)](
-                                                GlideFilter& section) { section.setFrequency(hz); });
+      for (Channel& channel : channels)
+        for (GlideFilter& section : channel.keyHighPass())
+          section.setFrequency(std::clamp(physical(), 20.0, 8000.0));
       break;
     case gate::kLpfIn: lpfOn = decodeSwitch(value); break;
     case gate::kLpfFreq:
-      forEachSection(&Channel::keyLowPass, [hz = std::clamp(physical(), 50.0, 20000.0)](
-                                               GlideFilter& section) { section.setFrequency(hz); });
+      for (Channel& channel : channels)
+        for (GlideFilter& section : channel.keyLowPass())
+          section.setFrequency(std::clamp(physical(), 50.0, 20000.0));
       break;
     default: break;
   }
@@ -106,10 +104,9 @@ const double* StripEffectExpander::filterKey(const double* key, double* filtered
                                              Channel& channel) const {
   if (hpfOn == 0 && lpfOn == 0) return key;
   std::copy_n(key, frames, filtered);
-  if (hpfOn != 0)
-    for (GlideFilter& section : channel.keyHighPass) section.processBuffer(filtered, frames);
-  if (lpfOn != 0)
-    for (GlideFilter& section : channel.keyLowPass) section.processBuffer(filtered, frames);
+  const auto sections = std::span(channel.keyFilters);
+  const std::size_t from = hpfOn != 0 ? 0 : 2, to = lpfOn != 0 ? 4 : 2;
+  processSeries(sections.subspan(from, to - from), filtered, frames);
   return filtered;
 }
 

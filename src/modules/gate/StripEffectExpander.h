@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 
 #include "core/StripEffect.h"
 #include "core/dsp/GlideFilter.h"
@@ -40,8 +41,10 @@ class StripEffectExpander final : public StripEffect {
 
   struct Channel {
     Channel();
-    std::array<GlideFilter, 2> keyHighPass, keyLowPass;  ///< in series
+    std::array<GlideFilter, 4> keyFilters;  ///< in series: two high-pass, two low-pass
     gate::GateState state;
+    std::span<GlideFilter> keyHighPass() { return std::span(keyFilters).first(2); }
+    std::span<GlideFilter> keyLowPass() { return std::span(keyFilters).last(2); }
   };
 
   bool passes() const { return enabled == 0 || type < kExpander || type > kDucker; }
@@ -56,12 +59,6 @@ class StripEffectExpander final : public StripEffect {
   void runVariant(Curve curve, const double* input, const double* key, double* levels, double* output,
                   int frames, gate::GateState& state) const;
   void publishGain(double lastGain);
-
-  template <typename Action>
-  void forEachSection(std::array<GlideFilter, 2> Channel::*pair, Action action) {
-    for (Channel& channel : channels)
-      for (GlideFilter& section : channel.*pair) action(section);
-  }
 
   std::int32_t enabled = 1;
   std::int32_t ratioStep = 0;

@@ -266,6 +266,17 @@ TEST(GateKey, RumbleBelowTheHighPassDoesNotOpen) {
   EXPECT_EQ(peak(rig.runMono(rumble), 24000 - 4800), 0.0);
 }
 
+TEST(Gate, KeepsItsTimesAndKeyFiltersWhenTheRateChanges) {
+  for (int type : {kExpander, kGate, kDucker}) {
+    KeyedRig moved(type, 44100.0), settled(type, 96000.0);
+    for (KeyedRig* rig : {&moved, &settled}) rig->set(gate::kHpfIn, 1.0), rig->set(gate::kHpfFreq, 0.5);
+    moved.module->setSampleRate(96000.0);
+    moved.reset(), settled.reset();
+    const Samples key = bursts(0.3, 96000.0);
+    EXPECT_EQ(moved.gains(key), settled.gains(key)) << type;
+  }
+}
+
 TEST(Gate, PassesWhenOutOfTheChainAndShowsNoReduction) {
   for (bool disabled : {true, false}) {
     KeyedRig rig(kGate);
