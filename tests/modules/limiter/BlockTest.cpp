@@ -71,6 +71,8 @@ TEST(Limiter, ReductionRestsAtZeroAndFollowsTheGain) {
     rig.set(kCeiling, 0.4);
     rig.reset();
     EXPECT_EQ(rig.meter(kReduction), 0.0);
+    rig.runMono(silence(0.01, kRate));
+    EXPECT_LT(rig.meter(kReduction), 2e-6) << "no flash behind a reset";
     const double gain = rig.runMono(constant(1.0, 0.5, kRate)).back();
     EXPECT_GT(rig.meter(kReduction), 0.8);
     EXPECT_NEAR(rig.meter(kReduction), 1.0 - gain, 1e-3) << type;  // the root of the share is fast

@@ -46,7 +46,8 @@ TEST(Limiters, BlockFormsGiveWhatThePlainFormsGive) {
       for (const double release : {0.0, 0.5, 1.0}) {
         OptoCoefficients oc{.optoAttack = designOptoAttack(1.0 - release, kRate)};
         designOptoRelease(release, kRate, oc);
-        VcaCoefficients vc{.vcaAttack = designVcaAttack(100.0 - 99.9 * release, kRate)};
+        // up to the attack that passes its target, at the lowest rate
+        VcaCoefficients vc{.vcaAttack = designVcaAttack(100.0 - 99.9 * release, 44100.0)};
         designVcaRelease(10.0 + 990.0 * release, 1.0, kRate, vc);
         const BrickWallCoefficients bc = designBrickWall(10.0 + 990.0 * release, kRate);
         const SaturatorCoefficients sc = designSaturator(release, kRate);
