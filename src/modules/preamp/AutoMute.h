@@ -3,8 +3,8 @@
 #include <array>
 #include <cstdint>
 
+#include "modules/preamp/ChannelPair.h"
 #include "modules/preamp/NoiseGenerator.h"
-#include "modules/preamp/PairSection.h"
 
 namespace corvane::preamp {
 

@@ -52,7 +52,7 @@ void ColourStage::reset() {
   input.reset();
   parabola.reset();
   converter.reset();
-  for (PairSection* section : {&lowpass, &crosstalkBand, &lowTone}) section->clearHistory();
+  for (SectionPair* section : {&lowpass, &crosstalkBand, &lowTone}) clearHistory(*section);
   clearMeter();
 }
 
@@ -65,9 +65,8 @@ void ColourStage::configure() {
   const double rateScale = std::sqrt(sampleRate / 44100.0);  // the same density of noise at every rate
   if (colour == Colour::converter90s) return hiss.setScale(rateScale);
   console = &consoleOf(colour);
-  const auto design = [this](PairSection& section, SectionType type, const SectionRow& row) {
-    const BiquadCoefficients c = designSection(type, row.hz, row.q, row.gainDb, sampleRate);
-    section.design(c, c);
+  const auto design = [this](SectionPair& section, SectionType type, const SectionRow& row) {
+    section = alike(designSection(type, row.hz, row.q, row.gainDb, sampleRate));
   };
   hiss.configure(*console, sampleRate);
   hiss.setScale(console->hissScale * rateScale);

@@ -69,7 +69,7 @@ class ColourStage {
   Console60s pushPull;
   ConsoleParabola parabola;
   Converter90s converter;
-  PairSection lowpass, crosstalkBand, lowTone;
+  SectionPair lowpass = alike(), crosstalkBand = alike(), lowTone = alike();
   SaturationMeter meter;
 };
 

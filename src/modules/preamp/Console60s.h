@@ -1,7 +1,7 @@
 #pragma once
 
+#include "modules/preamp/ChannelPair.h"
 #include "modules/preamp/CurveTable.h"
-#include "modules/preamp/PairSection.h"
 
 namespace corvane::preamp {
 

@@ -3,8 +3,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "modules/preamp/ChannelPair.h"
 #include "modules/preamp/ConsoleTable.h"
-#include "modules/preamp/PairSection.h"
 
 namespace corvane::preamp {
 

@@ -32,18 +32,17 @@ Pair timesAbsolute(Pair v) { return v * absolute(v); }
 
 void ConsoleParabola::setSampleRate(double hz) {
   clipShare = 1.0 - std::exp(-kClipRadians / hz);
-  const BiquadCoefficients design = designHighPass(hz);
-  highPass.design(design, design);
+  highPass = alike(designHighPass(hz));
   reset();
 }
 
 void ConsoleParabola::reset() {
   clipState = Pair{};
-  highPass.clearHistory();
+  clearHistory(highPass);
 }
 
 void ConsoleParabola::run(Pair* samples, double* levels, int frames) {
-  PairSection filter = highPass;
+  SectionPair filter = highPass;
   Pair clip = clipState;
   const Pair bias = offset;
   const double share = clipShare, in = inTrim, meter = meterFactor, up = lift, out = outTrim;
@@ -55,7 +54,8 @@ void ConsoleParabola::run(Pair* samples, double* levels, int frames) {
     const Pair u = 2.0 * (t - timesAbsolute(t) / 4.0);
     clip = flushed(clip + (bias + u - clip) * share, kClipFlush);
     const Pair w = 8.0 * 1.4142 * (u - timesAbsolute(clip) / 4.0);
-    samples[i] = filter.step<false>(w) * 1.4142 * up * out;
+    filter.step(w);
+    samples[i] = filter.y1 * 1.4142 * up * out;
   }
   clipState = clip;
   highPass = filter;

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "modules/preamp/ChannelPair.h"
 #include "modules/preamp/ConsoleTable.h"
-#include "modules/preamp/PairSection.h"
 
 namespace corvane::preamp {
 
@@ -28,7 +28,7 @@ class ConsoleParabola {
   void run(Pair* samples, double* levels, int frames);
 
  private:
-  PairSection highPass;
+  SectionPair highPass = alike();
   Pair offsetTrim, offset{};
   Pair clipState{};
   double clipShare = 0.0;  ///< per sample, 3 kHz

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "modules/preamp/ChannelPair.h"
 #include "modules/preamp/NoiseGenerator.h"
-#include "modules/preamp/PairSection.h"
 #include "modules/preamp/SaturationMeter.h"
 
 namespace corvane::preamp {

@@ -23,30 +23,31 @@ HissSource::HissSource(int unit)
 
 void HissSource::configure(const ConsoleRow& console, double sampleRateHz) {
   share = 1.0 - std::exp(-2.0 * std::numbers::pi * console.hissCornerHz / sampleRateHz);
-  const auto design = [&](PairSection& section, SectionType type, auto rowOfChannel) {
+  const auto design = [&](std::size_t section, SectionType type, auto rowOfChannel) {
     BiquadCoefficients c[2];
     for (std::size_t channel = 0; channel < 2; ++channel) {
       const SectionRow row = rowOfChannel(tolerances[channel]);
       c[channel] = designSection(type, row.hz, row.q, row.gainDb, sampleRateHz);
     }
-    section.design(c[0], c[1]);
+    filters.design(section, c[0], c[1]);
   };
   const auto spread = [&](const ChannelTolerance& t, int which) {
     return t.hissPeak[static_cast<std::size_t>((console.firstSpread + which) % 3)];
   };
-  design(shelf, SectionType::highShelf, [&](const ChannelTolerance& t) {
+  filters.clearHistory();
+  design(0, SectionType::highShelf, [&](const ChannelTolerance& t) {
     const SectionRow& row = console.hissShelf;
     return SectionRow{row.hz, row.q, row.gainDb * std::sqrt(t.hissShelf)};
   });
-  design(peak1, SectionType::peaking, [&](const ChannelTolerance& t) {
+  design(1, SectionType::peaking, [&](const ChannelTolerance& t) {
     const SectionRow& row = console.hissPeak1;
     return SectionRow{row.hz * spread(t, 1), row.q * spread(t, 2), row.gainDb * spread(t, 0)};
   });
-  design(peak2, SectionType::peaking, [&](const ChannelTolerance& t) {
+  design(2, SectionType::peaking, [&](const ChannelTolerance& t) {
     const SectionRow& row = console.hissPeak2;
     return SectionRow{row.hz, row.q * spread(t, 0), row.gainDb * spread(t, 1)};
   });
-  design(peak3, SectionType::peaking, [&](const ChannelTolerance& t) {
+  design(3, SectionType::peaking, [&](const ChannelTolerance& t) {
     const SectionRow& row = console.hissPeak3;
     return SectionRow{row.hz * spread(t, 0), row.q * spread(t, 1), row.gainDb * spread(t, 2)};
   });
@@ -54,7 +55,7 @@ void HissSource::configure(const ConsoleRow& console, double sampleRateHz) {
 
 void HissSource::reset() {
   state = Pair{};
-  for (PairSection* section : {&shelf, &peak1, &peak2, &peak3}) section->clearHistory();
+  filters.clearHistory();
 }
 
 void HissSource::draw(Pair* hiss, int frames, double level) {
@@ -69,8 +70,6 @@ void HissSource::draw(Pair* hiss, int frames, double level) {
   state = s;
 }
 
-void HissSource::shape(Pair* hiss, int frames) {
-  runSections<4>({&shelf, &peak1, &peak2, &peak3}, hiss, frames);
-}
+void HissSource::shape(Pair* hiss, int frames) { filters.run(hiss, frames); }
 
 }  // namespace corvane::preamp

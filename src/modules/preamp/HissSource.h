@@ -1,8 +1,8 @@
 #pragma once
 
+#include "modules/preamp/ChannelPair.h"
 #include "modules/preamp/ConsoleTable.h"
 #include "modules/preamp/NoiseGenerator.h"
-#include "modules/preamp/PairSection.h"
 #include "modules/preamp/PreampTolerances.h"
 
 namespace corvane::preamp {
@@ -33,7 +33,7 @@ class HissSource {
 
  private:
   std::array<ChannelTolerance, 2> tolerances;
-  PairSection shelf, peak1, peak2, peak3;
+  PairCascade<4> filters;  ///< shelf and three peaks
   Pair state{};
   Pair gain;
   double scale = 1.0;
