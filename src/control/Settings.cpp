@@ -22,7 +22,9 @@ void Settings::write(int id, double value) const {
   const auto word = std::bit_cast<std::uint32_t>(static_cast<float>(value));
   platform::Bytes bytes;
   for (int shift = 0; shift < 32; shift += 8) bytes.push_back(static_cast<std::uint8_t>(word >> shift));
-  store.writeBytes(keyOf(id), bytes);
+  // A session with many strips writes the same few values as it closes; each write waits for the disk.
+  platform::Bytes stored;
+  if (!store.readBytes(keyOf(id), &stored) || stored != bytes) store.writeBytes(keyOf(id), bytes);
 }
 
 }  // namespace corvane

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -62,10 +63,34 @@ struct Home : Folder {
     void line(std::string_view text) override { lines.emplace_back(text); }
   };
 
+  /// Lives as long as the home, as a file would.
+  struct OwnStore final : platform::SettingsStore {
+    std::map<std::string, platform::Bytes> bytes;
+    std::map<std::string, std::string> texts;
+    template <typename Map, typename Value>
+    static bool find(const Map& map, const std::string& name, Value* value) {
+      const auto at = map.find(name);
+      if (at != map.end()) *value = at->second;
+      return at != map.end();
+    }
+    bool readBytes(const std::string& name, platform::Bytes* value) override {
+      return find(bytes, name, value);
+    }
+    bool readText(const std::string& name, std::string* value) override { return find(texts, name, value); }
+    bool writeBytes(const std::string& name, std::span<const std::uint8_t> value) override {
+      bytes[name].assign(value.begin(), value.end());
+      return true;
+    }
+    bool writeText(const std::string& name, const std::string& value) override {
+      texts[name] = value;
+      return true;
+    }
+  };
+
   OwnClock clock;
   OwnDesktop desktop;
   OwnTrace trace;
-  platform::SqliteSettingsStore settings{path / "config" / "settings.sqlite3"};
+  OwnStore settings;
   platform::Services services{
       {path / "config" / "settings.sqlite3", path / "Documents"}, settings, clock, desktop, trace};
 
