@@ -30,9 +30,11 @@ constexpr bool hasGain(SectionType type) {
 /// Where a section is designed that is asked for `hz`: away from Nyquist.
 inline double designedHz(double hz, double sampleRateHz) { return std::min(hz, 0.499 * sampleRateHz); }
 
-/// Q as the design uses it. `power` is the power function, precise or fast.
+/// Q as the design uses it. `power` is the power function, precise or fast. Inlined at any size: a call would
+/// keep a loop over it from running several lanes wide.
 template <typename Power>
-double bentQ(SectionType type, double hz, double q, double sampleRateHz, Power power) {
+[[gnu::always_inline]] inline double bentQ(SectionType type, double hz, double q, double sampleRateHz,
+                                           Power power) {
   if (type == SectionType::allPass) return q;
   const QBend bend = bendOf(type);
   const double bendHz = type == SectionType::bandPass ? hz : designedHz(hz, sampleRateHz);

@@ -131,19 +131,17 @@ void StripEffectTidalform::detect(int moving, int frames) {
 
 template <int kChannels>
 void StripEffectTidalform::moveGain(int frames) {
-  const bool aboveIsHigher = law.aboveDb >= law.belowDb;
-  const double rise = aboveIsHigher ? times.riseA : times.riseB,
-               fall = aboveIsHigher ? times.riseB : times.riseA;
-  double goal[kBlockFrames];
+  const TidalformLevels* levels[kChannels];
+  GainFollower* followers[kChannels];
   for (int k = 0; k < kChannels; ++k) {
     Channel& c = channels[k];
-    followLaw(law, c.heard, c.overDb, goal, frames);
-    followGain(goal, c.heldDb, frames, rise, fall, c.gain);
+    followLaw(law, c.heard, c.levels.overDb, c.levels.goalDb, frames);
+    levels[k] = &c.levels, followers[k] = &c.gain;
   }
-  indicator.follow(channels[0].overDb, channels[kChannels - 1].overDb, frames, smoothing);
-  for (int i = 0; i < frames; ++i)
-    gainBlock[i] =
-        kChannels == 1 ? channels[0].heldDb[i] : (channels[0].heldDb[i] + channels[1].heldDb[i]) * 0.5;
+  const auto [riseA, riseB] = times;
+  const bool aboveIsHigher = law.aboveDb >= law.belowDb;
+  const TidalformShares shares{aboveIsHigher ? riseA : riseB, aboveIsHigher ? riseB : riseA, smoothing};
+  followGoals(levels, kChannels, shares, gainBlock, frames, followers, indicator);
   if (frames > 0) dynamicGainDb = gainBlock[frames - 1];
 }
 
@@ -165,6 +163,7 @@ void StripEffectTidalform::run(double** in, int frames) {
     std::transform(in[2 * sideChainSource + k], in[2 * sideChainSource + k] + frames, c.key, numberOrZero);
   }
   const int moving = moveBand(frames);
+  if (moving > 0) prepareMoving(filterType, bandBlock, moving, sampleRate);
   if (moving < frames) updateStanding();
   detect<kChannels>(moving, frames);
   moveGain<kChannels>(frames);

@@ -37,7 +37,7 @@ class StripEffectTidalform final : public StripEffect {
     double input[kBlockFrames], output[kBlockFrames];
     double key[kBlockFrames];    ///< as it came
     double heard[kBlockFrames];  ///< behind the control filter
-    double overDb[kBlockFrames], heldDb[kBlockFrames];
+    TidalformLevels levels;
   };
 
   bool passes() const { return active == 0 || type == 0; }

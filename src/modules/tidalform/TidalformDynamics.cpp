@@ -43,40 +43,42 @@ void followLaw(const GainLaw& law, const double* key, double* overDb, double* go
 
 namespace {
 
-template <bool kRiseIsFaster>
-void followGainOneWay(const double* goalDb, double* heldDb, int frames, double rise, double fall,
-                      GainFollower& follower) {
-  double follow = follower.gainFollow, hold = follower.gainHold;
+template <int kChannels, bool kRiseIsFaster>
+void followGoalsOneWay(const TidalformLevels* const* levels, const TidalformShares& shares, double* gainDb,
+                       int frames, GainFollower* const* followers, OverIndicator& indicator) {
+  // One loop for all: the recursions do not wait for each other.
+  const double rise = shares.rise, fall = shares.fall, smoothing = shares.smoothing;
+  GainFollower gain[kChannels];
+  for (int k = 0; k < kChannels; ++k) gain[k] = *followers[k];
+  double over = indicator.overLevel, above = indicator.aboveIndicator;
   for (int i = 0; i < frames; ++i) {
-    // The product that belongs to the direction is the larger one where the rise is faster, else the smaller.
-    const double distance = goalDb[i] - follow;
-    const double up = distance * rise, down = distance * fall;
-    follow = flushed(follow + (kRiseIsFaster ? std::max(up, down) : std::min(up, down)), kFlush);
-    // A share below 1 never oversteps, so the larger of the two is the right one on both sides.
-    hold = flushed(std::max(follow, hold + (follow - hold) * fall), kFlush);
-    heldDb[i] = hold;
+    over = flushed(over + (levels[0]->overDb[i] - over) * smoothing, kFlush);
+    over = flushed(over + (levels[kChannels - 1]->overDb[i] - over) * smoothing, kFlush);
+    above = flushed(above + ((over >= 0.0 ? 1.0 : -1.0) - above) * smoothing, kFlush);
+    for (int k = 0; k < kChannels; ++k) {
+      auto& [follow, hold] = gain[k];
+      // The product that belongs to the direction is the larger one where the rise is faster, else the
+      // smaller.
+      const double distance = levels[k]->goalDb[i] - follow;
+      const double up = distance * rise, down = distance * fall;
+      follow = flushed(follow + (kRiseIsFaster ? std::max(up, down) : std::min(up, down)), kFlush);
+      // A share below 1 never oversteps, so the larger of the two is the right one on both sides.
+      hold = flushed(std::max(follow, hold + (follow - hold) * fall), kFlush);
+    }
+    gainDb[i] = kChannels == 1 ? gain[0].gainHold : (gain[0].gainHold + gain[kChannels - 1].gainHold) * 0.5;
   }
-  follower = {follow, hold};
+  for (int k = 0; k < kChannels; ++k) *followers[k] = gain[k];
+  indicator = {over, above};
 }
 
 }  // namespace
 
-void followGain(const double* goalDb, double* heldDb, int frames, double rise, double fall,
-                GainFollower& follower) {
-  if (rise >= fall)
-    followGainOneWay<true>(goalDb, heldDb, frames, rise, fall, follower);
-  else
-    followGainOneWay<false>(goalDb, heldDb, frames, rise, fall, follower);
-}
-
-void OverIndicator::follow(const double* first, const double* second, int frames, double smoothing) {
-  double over = overLevel, above = aboveIndicator;
-  for (int i = 0; i < frames; ++i) {
-    over = flushed(over + (first[i] - over) * smoothing, kFlush);
-    over = flushed(over + (second[i] - over) * smoothing, kFlush);
-    above = flushed(above + ((over >= 0.0 ? 1.0 : -1.0) - above) * smoothing, kFlush);
-  }
-  overLevel = over, aboveIndicator = above;
+void followGoals(const TidalformLevels* const* levels, int channels, const TidalformShares& shares,
+                 double* gainDb, int frames, GainFollower* const* followers, OverIndicator& indicator) {
+  const bool riseIsFaster = shares.rise >= shares.fall;
+  const auto run = channels == 1 ? (riseIsFaster ? followGoalsOneWay<1, true> : followGoalsOneWay<1, false>)
+                                 : (riseIsFaster ? followGoalsOneWay<2, true> : followGoalsOneWay<2, false>);
+  run(levels, shares, gainDb, frames, followers, indicator);
 }
 
 }  // namespace corvane

@@ -35,17 +35,26 @@ struct GainFollower {
   double gainFollow = 0.0, gainHold = 0.0;
 };
 
-/// Runs `goalDb` through the follower. `rise` and `fall`: shares per sample.
-void followGain(const double* goalDb, double* heldDb, int frames, double rise, double fall,
-                GainFollower& follower);
-
 /// Which side of the threshold the level was on lately.
 struct OverIndicator {
   double overLevel = 0.0;       ///< dB over the threshold, smoothed
   double aboveIndicator = 0.0;  ///< -1 below .. 1 above
-
-  /// Two steps of the level for each sample, one from each list.
-  void follow(const double* first, const double* second, int frames, double smoothing);
 };
+
+/// One channel's levels and gains over a block, dB.
+struct TidalformLevels {
+  double overDb[kBlockFrames], goalDb[kBlockFrames];
+};
+
+/// Shares of the distance per sample.
+struct TidalformShares {
+  double rise, fall;  ///< of the gain
+  double smoothing;   ///< of the indicator
+};
+
+/// Moves one gain for each channel towards its goal and the indicator with their levels, two steps a sample:
+/// one from each channel, or both from the only one. `gainDb`: the mean of the channels' gains.
+void followGoals(const TidalformLevels* const* levels, int channels, const TidalformShares& shares,
+                 double* gainDb, int frames, GainFollower* const* followers, OverIndicator& indicator);
 
 }  // namespace corvane

@@ -1,5 +1,6 @@
 #include "modules/tidalform/TidalformFilters.h"
 
+#include <algorithm>
 #include <numbers>
 
 #include "core/dsp/FastMath.h"
@@ -15,36 +16,79 @@ double angleOf(double hz, double sampleRateHz) {
   return 2.0 * std::numbers::pi * designedHz(hz, sampleRateHz) / sampleRateHz;
 }
 
-double fastPower(double x, double y) { return fast::pow(x, y); }
-
-/// A section of a moving band; every call of the same arguments gives the same bits.
-template <SectionType kType>
-inline BiquadCoefficients designMoving(double hz, double q, double A, double sampleRateHz) {
-  const fast::SinCos angle = fast::sinCos(angleOf(hz, sampleRateHz));
-  return shapeSection(kType, angle.sin, angle.cos, bentQ(kType, hz, q, sampleRateHz, fastPower), A);
-}
+struct FastPower {
+  double operator()(double x, double y) const { return fast::pow(x, y); }
+};
 
 inline double amplitudeOf(double gainDb) { return fast::pow10(gainDb / 40.0); }
 
-template <SectionType kType>
-void designControlMoving(const ControlPlan& plan, const TidalformBandBlock& band, int count,
-                         double sampleRateHz, CoefficientBlock& first, CoefficientBlock& second) {
-  const double* q = plan.isPeak ? band.peakQ : band.shelfQ;
-  for (int i = 0; i < count; ++i)
-    first.set(i, designMoving<kType>(band.frequency[i], q[i], 1.0, sampleRateHz));
-  if (plan.isPeak)
-    for (int i = 0; i < count; ++i)
-      second.set(i, designMoving<kType>(band.frequency[i], 0.5 * q[i], 1.0, sampleRateHz));
-  else
-    for (int i = 0; i < count; ++i)
-      second.set(i, designMoving<kType>(band.frequency[i] * plan.secondRatio, kEdgeQ, 1.0, sampleRateHz));
+// Moving sections, in steps over arrays that the compiler sees apart, so that it takes several samples at
+// once. The results of a sample do not depend on which others are in the block.
+
+void moveAngles(const double* hz, int count, double sampleRateHz, double* sine, double* cosine) {
+  for (int i = 0; i < count; ++i) {
+    const fast::SinCos angle = fast::sinCos(angleOf(hz[i], sampleRateHz));
+    sine[i] = angle.sin, cosine[i] = angle.cos;
+  }
 }
 
 template <SectionType kType>
-void designDynamicMoving(const double* hz, const double* q, const double* gainDb, int count,
-                         double sampleRateHz, CoefficientBlock& out) {
-  for (int i = 0; i < count; ++i)
-    out.set(i, designMoving<kType>(hz[i], q[i], amplitudeOf(gainDb[i]), sampleRateHz));
+void moveQ(const double* hz, const double* q, int count, double sampleRateHz, double* bent) {
+  for (int i = 0; i < count; ++i) bent[i] = bentQ(kType, hz[i], q[i], sampleRateHz, FastPower{});
+}
+
+/// `gainDb` may be null for types without a gain.
+template <SectionType kType>
+void moveShape(const double* sine, const double* cosine, const double* bent, const double* gainDb, int count,
+               CoefficientBlock& out) {
+  double s[kBlockFrames], c[kBlockFrames], q[kBlockFrames], amplitude[kBlockFrames];
+  std::copy_n(sine, count, s);
+  std::copy_n(cosine, count, c);
+  std::copy_n(bent, count, q);
+  if constexpr (hasGain(kType))
+    for (int i = 0; i < count; ++i) amplitude[i] = amplitudeOf(gainDb[i]);
+  else
+    std::fill_n(amplitude, count, 1.0);
+  for (int i = 0; i < count; ++i) out.set(i, shapeSection(kType, s[i], c[i], q[i], amplitude[i]));
+}
+
+/// Both sections of a peak's control filter: all is shared but the Q.
+template <SectionType kType>
+void movePeakControl(const TidalformBandBlock& band, int count, CoefficientBlock& first,
+                     CoefficientBlock& second) {
+  double bent[kBlockFrames] = {};
+  for (int i = 0; i < count; ++i) bent[i] = band.peakQ[i] * band.peakBend[i];
+  moveShape<kType>(band.sine, band.cosine, bent, nullptr, count, first);
+  for (int i = 0; i < count; ++i) bent[i] = 0.5 * band.peakQ[i] * band.peakBend[i];
+  moveShape<kType>(band.sine, band.cosine, bent, nullptr, count, second);
+}
+
+/// Both sections of a control filter at an edge.
+template <SectionType kType>
+void moveEdgeControl(const TidalformBandBlock& band, double ratio, int count, double sampleRateHz,
+                     CoefficientBlock& first, CoefficientBlock& second) {
+  double bent[kBlockFrames], hz[kBlockFrames] = {}, q[kBlockFrames] = {};
+  double sine[kBlockFrames], cosine[kBlockFrames];
+  moveQ<kType>(band.frequency, band.shelfQ, count, sampleRateHz, bent);
+  moveShape<kType>(band.sine, band.cosine, bent, nullptr, count, first);
+  for (int i = 0; i < count; ++i) hz[i] = ratio * band.frequency[i], q[i] = kEdgeQ;
+  moveAngles(hz, count, sampleRateHz, sine, cosine);
+  moveQ<kType>(hz, q, count, sampleRateHz, bent);
+  moveShape<kType>(sine, cosine, bent, nullptr, count, second);
+}
+
+template <SectionType kType>
+void moveShelf(const TidalformBandBlock& band, const double* gainDb, int count, double sampleRateHz,
+               CoefficientBlock& out) {
+  double bent[kBlockFrames];
+  moveQ<kType>(band.frequency, band.shelfQ, count, sampleRateHz, bent);
+  moveShape<kType>(band.sine, band.cosine, bent, gainDb, count, out);
+}
+
+void movePeak(const TidalformBandBlock& band, const double* gainDb, int count, CoefficientBlock& out) {
+  double bent[kBlockFrames] = {};
+  for (int i = 0; i < count; ++i) bent[i] = band.peakQ[i] * band.peakBend[i];
+  moveShape<SectionType::peaking>(band.sine, band.cosine, bent, gainDb, count, out);
 }
 
 template <SectionType kType>
@@ -79,15 +123,24 @@ void designControl(const ControlPlan& plan, const TidalformBand& band, double sa
 
 void designControl(const ControlPlan& plan, const TidalformBandBlock& band, int count, double sampleRateHz,
                    CoefficientBlock& first, CoefficientBlock& second) {
+  const double ratio = plan.secondRatio;
   switch (plan.type) {
     case SectionType::lowPass:
-      return designControlMoving<SectionType::lowPass>(plan, band, count, sampleRateHz, first, second);
+      return moveEdgeControl<SectionType::lowPass>(band, ratio, count, sampleRateHz, first, second);
     case SectionType::highPass:
-      return designControlMoving<SectionType::highPass>(plan, band, count, sampleRateHz, first, second);
-    case SectionType::bandPass:
-      return designControlMoving<SectionType::bandPass>(plan, band, count, sampleRateHz, first, second);
-    default: return designControlMoving<SectionType::notch>(plan, band, count, sampleRateHz, first, second);
+      return moveEdgeControl<SectionType::highPass>(band, ratio, count, sampleRateHz, first, second);
+    case SectionType::bandPass: return movePeakControl<SectionType::bandPass>(band, count, first, second);
+    default: return movePeakControl<SectionType::notch>(band, count, first, second);
   }
+}
+
+void prepareMoving(TidalformFilter filter, TidalformBandBlock& band, int count, double sampleRateHz) {
+  double hz[kBlockFrames] = {}, one[kBlockFrames] = {};
+  std::copy_n(band.frequency, count, hz);
+  moveAngles(hz, count, sampleRateHz, band.sine, band.cosine);
+  if (filter != TidalformFilter::peak) return;
+  std::fill_n(one, count, 1.0);
+  moveQ<SectionType::peaking>(hz, one, count, sampleRateHz, band.peakBend);
 }
 
 DynamicAngle designDynamicAngle(TidalformFilter filter, const TidalformBand& band, double sampleRateHz) {
@@ -111,14 +164,12 @@ void designDynamic(TidalformFilter filter, const DynamicAngle& angle, const doub
 
 void designDynamic(TidalformFilter filter, const TidalformBandBlock& band, const double* gainDb, int count,
                    double sampleRateHz, CoefficientBlock& out) {
-  const double* hz = band.frequency;
   switch (filter) {
     case TidalformFilter::lowShelf:
-      return designDynamicMoving<SectionType::lowShelf>(hz, band.shelfQ, gainDb, count, sampleRateHz, out);
+      return moveShelf<SectionType::lowShelf>(band, gainDb, count, sampleRateHz, out);
     case TidalformFilter::highShelf:
-      return designDynamicMoving<SectionType::highShelf>(hz, band.shelfQ, gainDb, count, sampleRateHz, out);
-    default:
-      return designDynamicMoving<SectionType::peaking>(hz, band.peakQ, gainDb, count, sampleRateHz, out);
+      return moveShelf<SectionType::highShelf>(band, gainDb, count, sampleRateHz, out);
+    default: return movePeak(band, gainDb, count, out);
   }
 }
 

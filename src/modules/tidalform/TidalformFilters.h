@@ -13,13 +13,17 @@ struct TidalformBand {
   double shelfQCurrent = 0.7;
 };
 
-/// The same over a block, one sample each.
-struct TidalformBandBlock {
-  double frequency[kBlockFrames], peakQ[kBlockFrames], shelfQ[kBlockFrames];
-};
-
 enum class TidalformFilter { lowShelf = 0, peak = 1, highShelf = 2 };
 enum class TidalformControl { off = 0, direct = 1, complement = 2 };
+
+/// The same over a block, one sample each, and what several sections take from it.
+struct TidalformBandBlock {
+  double frequency[kBlockFrames], peakQ[kBlockFrames], shelfQ[kBlockFrames];
+  double sine[kBlockFrames], cosine[kBlockFrames];  ///< of the frequency's angle
+  double peakBend[kBlockFrames];                    ///< factor of Q in every section of the peak
+};
+/// Fills sine, cosine and, for the peak, its bend for samples 0 .. count - 1.
+void prepareMoving(TidalformFilter filter, TidalformBandBlock& band, int count, double sampleRateHz);
 
 /// Coefficients that change from sample to sample.
 struct CoefficientBlock {
@@ -48,7 +52,8 @@ SectionType dynamicType(TidalformFilter filter);
 /// Designs of both control sections for a standing band, precise.
 void designControl(const ControlPlan& plan, const TidalformBand& band, double sampleRateHz,
                    StandingCoefficients& first, StandingCoefficients& second);
-/// For a moving band, samples 0 .. count - 1; within 1e-15 of the precise sine, cosine and Q.
+/// For a moving band that is prepared, samples 0 .. count - 1; sine, cosine and Q are within 1e-15 of the
+/// precise ones.
 void designControl(const ControlPlan& plan, const TidalformBandBlock& band, int count, double sampleRateHz,
                    CoefficientBlock& first, CoefficientBlock& second);
 
@@ -61,7 +66,7 @@ DynamicAngle designDynamicAngle(TidalformFilter filter, const TidalformBand& ban
 /// Dynamic section for gains in dB on a standing band, samples from .. to - 1.
 void designDynamic(TidalformFilter filter, const DynamicAngle& angle, const double* gainDb, int from, int to,
                    CoefficientBlock& out);
-/// For a moving band, samples 0 .. count - 1.
+/// For a moving band that is prepared, samples 0 .. count - 1.
 void designDynamic(TidalformFilter filter, const TidalformBandBlock& band, const double* gainDb, int count,
                    double sampleRateHz, CoefficientBlock& out);
 
