@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <complex>
-#include <numbers>
 
 #include "core/dsp/RunTogether.h"
 
@@ -88,13 +86,6 @@ void FilterSection::retarget() {
     target = designSection(type, frequency, q, gainDb, sampleRate);
   }
   glide.aim(target);
-}
-
-double FilterSection::targetMagnitude(double hz) const {
-  if (!isOnePole()) return magnitude(target, hz, sampleRate);
-  const auto z1 = std::polar(1.0, -2.0 * std::numbers::pi * hz / sampleRate);
-  const auto low = target.a0 / (1.0 - (1.0 - target.a0) * z1);
-  return std::abs(type == SectionType::onePoleLow ? low : 1.0 - low);
 }
 
 void FilterSection::stepGlide() {

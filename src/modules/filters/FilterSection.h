@@ -44,9 +44,6 @@ class FilterSection {
   /// each in turn, bit for bit.
   static void processSeries(std::span<FilterSection* const> series, double* samples, int count);
 
-  /// Magnitude of the target design at `hz`, linear.
-  double targetMagnitude(double hz) const;
-
  private:
   static constexpr std::size_t kGroup = 3;  // more gain little and multiply the loops
 

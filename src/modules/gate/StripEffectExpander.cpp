@@ -66,10 +66,7 @@ void StripEffectExpander::setParameter(int id, double value) {
     case kSideChainOffset: sideChainSource = decodeSwitch(value); break;
     case kMonitorOffset: monitor = decodeSwitch(value); break;
     case gate::kAttack: attackMs = std::clamp(physical(), 0.1, 250.0), updateTimes(); break;
-    case gate::kRelease:
-      releaseNorm = value;
-      releaseMs = std::clamp(physical(), 10.0, 3000.0), updateTimes();
-      break;
+    case gate::kRelease: releaseMs = std::clamp(physical(), 10.0, 3000.0), updateTimes(); break;
     case gate::kRatio: ratioStep = std::clamp(static_cast<int>(physical()), 0, gate::kRatioSteps); break;
     case gate::kHold: holdSeconds = physical(); break;
     case gate::kThreshold:

@@ -65,7 +65,7 @@ class StripEffectExpander final : public StripEffect {
   double range = 0.0;  ///< floor, linear
   double threshold = 0.001, inverseThreshold = 1000.0;
   double attackMs = 0.1, attackCoef = 0.0;
-  double releaseNorm = 0.5, releaseMs = 10.0, releaseCoef = 0.0;
+  double releaseMs = 10.0, releaseCoef = 0.0;
   double shape = 0.5;          ///< 0..1
   double curveExponent = 0.5;  ///< of the release, from `shape`
   double holdSeconds = 0.05;

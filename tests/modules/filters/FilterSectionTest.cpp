@@ -37,13 +37,6 @@ TEST(FilterSection, OnePoleGlidesByAThousandthOfTheWayAndThenLands) {
   }
 }
 
-TEST(FilterSection, OnePolesOfOneFrequencyAddUpToTheirInput) {
-  FilterSection low = onePole(700.0), high{kRateHz, SectionType::onePoleHigh, 700.0, 0.5, 0.0};
-  high.setActive(true);
-  for (double x : noise(1.0, 0.05, kRateHz))
-    EXPECT_NEAR(low.processSample(x) + high.processSample(x), x, 1e-15);
-}
-
 TEST(FilterSection, SwitchedOnItStartsCleanAtItsTarget) {
   for (SectionType type : {SectionType::lowPass, SectionType::onePoleLow, SectionType::onePoleHigh}) {
     FilterSection used{kRateHz, type, 200.0, 0.7, 0.0}, fresh{kRateHz, type, 3000.0, 0.7, 0.0};
