@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "core/dsp/FastMath.h"
+#include "core/dsp/FixedPower.h"
 #include "modules/compressor/CompressorFamily.h"
 #include "modules/compressor/CompressorTable.h"
 
@@ -21,17 +22,14 @@ constexpr double kControlFlush = 1e-16, kOutputFlush = 1e-16;
 constexpr double kRectifierFlush = 1e-15;
 constexpr double kDetectorFlush = 1e-18;
 
-/// Share per sample of a one-pole that covers 1 / (2 pi) of `milliseconds * rate / 1000` samples as its time
-/// constant: corner 1000 / milliseconds Hz.
-double shareOver(double samplesTimesThousand) {
-  return 1.0 - std::exp(-1000.0 * kTwoPi / samplesTimesThousand);
-}
+/// Share per sample of a one-pole with its corner at 1000 rate / n Hz. `n`: milliseconds times rate.
+double shareOver(double n) { return 1.0 - std::exp(-1000.0 * kTwoPi / n); }
 
 }  // namespace
 
 TimeCoefficients designTimes(const TimeSettings& settings) {
   const double fs = settings.sampleRateHz;
-  const double a = std::pow(settings.attack, 0.5849625);  // log2(1.5): 10 ms in place of 3.2 at half travel
+  const double a = std::pow(settings.attack, 0.5849625);  // log2 1.5: half travel is two thirds of the range
   const double r = settings.release;
   const double optoAttack = 2.0 * std::pow(10000.0, a) * fs;
   const double optoRelease = std::pow(100.0, 0.01 * a + r) * fs * 60.0;
@@ -61,122 +59,202 @@ double fetRatioAtReset(double ratio) { return 1.6 * std::pow(ratioSlope(ratio), 
 
 double detectorDrive(double threshold) { return 0.31623 * std::pow(10.0, 2.5 * (1.0 - threshold)); }
 
-namespace {
-
-/// `value` on its way to `target`, sample by sample into `path`. A step that changes nothing is the last.
-void glide(double& value, double target, double smooth, double* path, int frames) {
+void Glide::move(double target, double share, int frames) {
   for (int i = 0; i < frames; ++i) {
-    const double next = flushed(value + (target - value) * smooth, kControlFlush);
-    if (next == value) {
-      std::fill(path + i, path + frames, value);
+    const double next = flushed(current + (target - current) * share, kControlFlush);
+    if (next == current) {  // a step that changes nothing is the last
+      if (current != still) std::fill(values + i, std::end(values), current);
+      still = i == 0 ? current : -1.0;
       return;
     }
-    path[i] = value = next;
+    values[i] = current = next;
+    still = -1.0;
   }
 }
 
-/// The key behind its high-pass.
-void highPass(const double* key, int frames, double coefficient, double& state, double* filtered) {
-  double low = state;
-  for (int i = 0; i < frames; ++i) {
-    const double s = numberOrZero(key[i]);
-    low = flushed(low + (s - low) * coefficient, kDetectorFlush);
-    filtered[i] = s - low;
-  }
-  state = low;
+namespace {
+
+/// x - width tanh(x / width) for x >= 0: nothing at first, x - width in the end. By tanh y = 1 - 2 / (e^2y +
+/// 1).
+inline double softKnee(double x, double width) {
+  return (x - width) + 2.0 * width / (fast::exp(x * (2.0 / width)) + 1.0);
 }
 
-/// Opto detector: stage 2 for each sample into `levels`.
-void optoLevels(const double* key, const double* drive, int frames, const TimeCoefficients& c,
-                DetectorState& state, double* levels) {
-  double rectified = state.optoRectified, stage1 = state.optoStage1, stage2 = state.optoStage2;
-  for (int i = 0; i < frames; ++i) {
-    rectified = flushed(rectified + (std::abs(0.794 * key[i]) - rectified) * c.rectCoef, kRectifierFlush);
-    const double level = std::abs(1.4 * 1.1885 * rectified) * drive[i] + 0.01;
-    const double u = level * level;
-    // The powers would carry a fast release past its target, where the next power has no value: it ends
-    // there.
-    const double d1 = stage1 - u;
-    const double fallen1 = stage1 - d1 * d1 * c.optoRelease1;
-    stage1 = u > stage1 ? stage1 + (u - stage1) * c.optoAttack1 : (fallen1 > u ? fallen1 : u);
-    stage1 = flushed(stage1, kDetectorFlush);
-    if (stage1 > stage2) {
-      stage2 += (stage1 - stage2) * c.optoAttack2;
-    } else {
-      const double fallen2 = stage2 - fast::pow(stage2 - stage1, 1.4) * c.optoRelease2;
-      stage2 = fallen2 > stage1 ? fallen2 : stage1;
-    }
-    stage2 = flushed(stage2, kDetectorFlush);
-    levels[i] = stage2;
-  }
-  state.optoRectified = rectified, state.optoStage1 = stage1, state.optoStage2 = stage2;
-}
-
-void optoGains(const double* levels, const double* exponents, int frames, double* gains) {
+CORVANE_WIDE_LOOPS void optoGains(const double* levels, const double* exponents, int frames, double* gains) {
   for (int i = 0; i < frames; ++i) gains[i] = fast::exp2(-0.5 * exponents[i] * fast::log2(1.0 + levels[i]));
 }
 
-/// Gain of the FET at `level`. With w = ratio level / 2, v = 0.999 w / (w + 1) and h = 1 / (0.001 + v) + 1
-/// the law is 1.1 h / (h + 100); here over a common denominator, since it stands in the way of the next
-/// sample.
-double fetGain(double fetRatio, double level) {
-  const double w = fetRatio * level * 0.5;
-  return 1.1 * (2.0 * w + 1.001) / (102.0 * w + 1.101);
-}
-
-/// FET detector: each sample's gain serves its detector and its output.
-void fetGains(const double* key, const double* fetRatio, double drive, int frames, const TimeCoefficients& c,
-              DetectorState& state, double* gains) {
-  constexpr double kDeadZone = 0.25;
-  double level = state.fetLevel;
+/// Rectified levels, linear, to decades above the threshold with a soft knee, in place.
+CORVANE_WIDE_LOOPS void vcaKnee(double* levels, int frames) {
   for (int i = 0; i < frames; ++i) {
-    const double g = fetGain(fetRatio[i], level);
-    const double u = key[i] * 0.912 * 0.631 * 1.084 * g * drive;
-    // the dead zone of both signs in one, since tanh is odd; tanh takes away, so what is below it cannot
-    // attack
-    const double excess = std::abs(u) - kDeadZone;
-    if (excess > level) {
-      const double e = excess - 0.25 * fast::tanh(4.0 * excess);
-      if (e > level) level += (e - level) * c.fetAttack;
-    }
-    level = flushed(level - level * c.fetRelease, kDetectorFlush);
-    gains[i] = g;
-  }
-  state.fetLevel = level;
-}
-
-/// Decades of level above the threshold, with a soft knee.
-void vcaTargets(const double* key, const double* drive, int frames, double* targets) {
-  for (int i = 0; i < frames; ++i) {
-    const double u = std::abs(key[i] * 2.6 * 1.122 * 0.841 * 1.1) * drive[i] + 0.01;
-    const double decades = fast::log10(u);
+    const double decades = fast::log10(levels[i]);
     const double l = decades > 0.0 ? decades : 0.0;
-    targets[i] = l - 0.125 * fast::tanh(8.0 * l);
+    levels[i] = softKnee(l, 0.125);
   }
 }
 
-/// VCA detector over `levels`, in place.
-void vcaLevels(double* levels, int frames, const TimeCoefficients& c, DetectorState& state) {
-  double level = state.vcaLevel;
-  for (int i = 0; i < frames; ++i) {
-    const double distance = levels[i] - level;
-    level = flushed(level + distance * (distance > 0.0 ? c.vcaAttack : c.vcaRelease), kDetectorFlush);
-    levels[i] = level;
-  }
-  state.vcaLevel = level;
-}
-
-void vcaGains(const double* levels, double exponent, int frames, double* gains) {
+CORVANE_WIDE_LOOPS void vcaGains(const double* levels, double exponent, int frames, double* gains) {
   for (int i = 0; i < frames; ++i) gains[i] = fast::pow10(-levels[i] * exponent);
 }
 
 /// `input` times gain and makeup, mixed with `input` as it came.
-void applyGains(const double* input, const double* gains, const double* makeup, const double* mix, int frames,
-                double* output) {
+CORVANE_WIDE_LOOPS void applyGains(const double* input, const double* gains, const double* makeup,
+                                   const double* mix, int frames, double* output) {
   for (int i = 0; i < frames; ++i) {
     const double y = flushed(numberOrZero(input[i]) * gains[i] * makeup[i], kOutputFlush);
     output[i] = y * mix[i] + (1.0 - mix[i]) * input[i];
   }
+}
+
+// The detectors. `hear` takes the filtered key of sample i of the block as far as that waits for nothing but
+// the key, `prepare` does the same for a run of what was heard, `step` is the recursion, and `finish` makes
+// gains of its results.
+
+const FixedPower kFallPower{1.4};
+
+struct Opto {
+  const TimeCoefficients& c;
+  const double *drive, *exponent;  ///< at each sample
+  double rectified, stage1;
+  double before2, step2;  ///< stage 2 is their sum: its value two samples back and the last step
+
+  Opto(const TimeCoefficients& times, const Glide& thresholdDrive, const Glide& optoExponent,
+       const DetectorState& s)
+      : c(times),
+        drive(thresholdDrive.path()),
+        exponent(optoExponent.path()),
+        rectified(s.optoRectified),
+        stage1(s.optoStage1),
+        before2(s.optoStage2),
+        step2(s.optoStep2) {}
+  void store(DetectorState& s) const {
+    s.optoRectified = rectified, s.optoStage1 = stage1, s.optoStage2 = before2, s.optoStep2 = step2;
+  }
+
+  double hear(double key, int i) {
+    rectified += (std::abs(0.794 * key) - rectified) * c.rectCoef;
+    rectified = flushedNearZero(rectified, kRectifierFlush);
+    const double level = std::abs(1.4 * 1.1885 * rectified) * drive[i] + 0.01;
+    return level * level;
+  }
+  void prepare(double*, int) const {}
+  /// The powers would carry a fast release past its target, where the next power has no value: it ends there.
+  /// The stages need no flush, since the target never falls below 0.01 squared.
+  double step(double u, int) {
+    const double d1 = stage1 - u;
+    const double fallen1 = stage1 - d1 * d1 * c.optoRelease1;
+    stage1 = u > stage1 ? stage1 + (u - stage1) * c.optoAttack1 : (fallen1 > u ? fallen1 : u);
+    const double stage2 = before2 + step2;
+    if (stage1 > stage2) {
+      step2 = (stage1 - stage2) * c.optoAttack2;
+    } else {
+      // the power is looked up beside the last step, not behind it
+      const double fall = kFallPower(before2 - stage1, step2) * c.optoRelease2;
+      step2 = stage2 - fall > stage1 ? -fall : stage1 - stage2;
+    }
+    before2 = stage2;
+    return stage2 + step2;
+  }
+  void finish(const double* levels, int at, int frames, double* gains) const {
+    optoGains(levels, exponent + at, frames, gains);
+  }
+};
+
+struct Fet {
+  const TimeCoefficients& c;
+  const double* fetRatio;  ///< at each sample
+  double drive, level;
+
+  Fet(const TimeCoefficients& times, const Glide& ratio, double thresholdDrive, const DetectorState& s)
+      : c(times), fetRatio(ratio.path()), drive(thresholdDrive), level(s.fetLevel) {}
+  void store(DetectorState& s) const { s.fetLevel = level; }
+
+  double hear(double key, int) const { return key * 0.912 * 0.631 * 1.084 * drive; }
+  void prepare(double*, int) const {}
+  /// With w = ratio level / 2, v = 0.999 w / (w + 1) and h = 1 / (0.001 + v) + 1 the gain is 1.1 h / (h +
+  /// 100); here over a common denominator, since the next sample waits for it.
+  double step(double heard, int i) {
+    const double w = fetRatio[i] * level * 0.5;
+    const double g = 1.1 * (2.0 * w + 1.001) / (102.0 * w + 1.101);
+    // The dead zone of both signs in one, since tanh is odd. It takes away more than 0.19 or 0.76 x,
+    // whichever is less: most samples that do not attack are known by that.
+    const double excess = std::abs(heard * g) - 0.25;
+    if (excess - std::min(0.19, 0.76 * excess) > level) {
+      const double e = softKnee(excess, 0.25);
+      if (e > level) level += (e - level) * c.fetAttack;
+    }
+    level = flushedNearZero(level - level * c.fetRelease, kDetectorFlush);
+    return g;
+  }
+  void finish(const double* levels, int, int frames, double* gains) const {
+    std::copy_n(levels, frames, gains);
+  }
+};
+
+struct Vca {
+  const TimeCoefficients& c;
+  const double* drive;  ///< at each sample
+  double exponent, level;
+
+  Vca(const TimeCoefficients& times, const Glide& thresholdDrive, double vcaExponent, const DetectorState& s)
+      : c(times), drive(thresholdDrive.path()), exponent(vcaExponent), level(s.vcaLevel) {}
+  void store(DetectorState& s) const { s.vcaLevel = level; }
+
+  double hear(double key, int i) const { return std::abs(key * 2.6 * 1.122 * 0.841 * 1.1) * drive[i] + 0.01; }
+  void prepare(double* heard, int frames) const { vcaKnee(heard, frames); }
+  double step(double e, int) {
+    const double distance = e - level;
+    level += distance * (distance > 0.0 ? c.vcaAttack : c.vcaRelease);
+    return level = flushedNearZero(level, kDetectorFlush);
+  }
+  void finish(const double* levels, int, int frames, double* gains) const {
+    vcaGains(levels, exponent, frames, gains);
+  }
+};
+
+bool isFinite(const ChannelState& state) {
+  const DetectorState& d = state.detectors;
+  return std::isfinite(state.hpfState + d.optoRectified + d.optoStage1 + d.optoStage2 + d.optoStep2 +
+                       d.fetLevel + d.vcaLevel);
+}
+
+/// A block through `detector`; returns the gain of the last sample.
+template <typename Detector>
+double run(Detector detector, const Glide& makeup, const Glide& mix, const double* input, const double* key,
+           int frames, ChannelState& state, double* output, double* filteredKey) {
+  constexpr int kRun = 16;
+  double heard[kBlockFrames], levels[kBlockFrames], gains[kBlockFrames];
+  double low = state.hpfState;
+  const auto hear = [&](int i) {
+    const double s = numberOrZero(key[i]);
+    low = flushedNearZero(low + (s - low) * detector.c.hpfCoef, kDetectorFlush);
+    filteredKey[i] = s - low;
+    heard[i] = detector.hear(filteredKey[i], i);
+  };
+  int next = std::min(kRun, frames);
+  for (int i = 0; i < next; ++i) hear(i);
+  detector.prepare(heard, next);
+  for (int at = 0; at < frames;) {
+    // The key of the next run goes beside the detector of this one: each is a chain of steps that wait for
+    // one another, and two chains take the time of the longer.
+    const int end = next;
+    next = std::min(end + kRun, frames);
+    int i = at;
+    for (int ahead = end; ahead < next; ++ahead, ++i) {
+      hear(ahead);
+      levels[i] = detector.step(heard[i], i);
+    }
+    for (; i < end; ++i) levels[i] = detector.step(heard[i], i);
+    detector.prepare(heard + end, next - end);
+    detector.finish(levels + at, at, end - at, gains + at);
+    applyGains(input + at, gains + at, makeup.path() + at, mix.path() + at, end - at, output + at);
+    at = end;
+  }
+  state.hpfState = low;
+  detector.store(state.detectors);
+  // A key of 10^150 overflows a square. The channel then starts anew, where it would stay shut for ever.
+  if (!isFinite(state)) state = {};
+  return gains[frames - 1];
 }
 
 }  // namespace
@@ -187,11 +265,11 @@ using namespace compressor;
 
 void OptoFetVcaCompressor::resetCompressor(double sampleRateHz) {
   updateCoefficients(sampleRateHz);
-  thresholdDriveSmoothed = thresholdDrive;
-  makeupGainSmoothed = makeupGain;
-  mixSmoothed = mix;
-  fetRatioSmoothed = fetRatioAtReset(ratio);
-  optoExponentSmoothed = ratioTerms.optoExponent;
+  thresholdDriveSmoothed.snap(thresholdDrive);
+  makeupGainSmoothed.snap(makeupGain);
+  mixSmoothed.snap(mix);
+  fetRatioSmoothed.snap(fetRatioAtReset(ratio));
+  optoExponentSmoothed.snap(ratioTerms.optoExponent);
   for (ChannelState& channel : channels) channel = {};
   gainReduction = 1.0;
 }
@@ -214,39 +292,23 @@ void OptoFetVcaCompressor::updateCoefficients(double sampleRateHz) {
 
 void OptoFetVcaCompressor::startBlock(double sampleRateHz, int frames) {
   updateCoefficients(sampleRateHz);
-  glide(thresholdDriveSmoothed, thresholdDrive, times.smooth, glides.drive, frames);
-  glide(makeupGainSmoothed, makeupGain, times.smooth, glides.makeup, frames);
-  glide(fetRatioSmoothed, ratioTerms.fetRatio, times.smooth, glides.fetRatio, frames);
-  glide(optoExponentSmoothed, ratioTerms.optoExponent, times.smooth, glides.optoExponent, frames);
-  glide(mixSmoothed, mix, times.smooth, glides.mix, frames);
+  thresholdDriveSmoothed.move(thresholdDrive, times.smooth, frames);
+  makeupGainSmoothed.move(makeupGain, times.smooth, frames);
+  fetRatioSmoothed.move(ratioTerms.fetRatio, times.smooth, frames);
+  optoExponentSmoothed.move(ratioTerms.optoExponent, times.smooth, frames);
+  mixSmoothed.move(mix, times.smooth, frames);
 }
 
 double OptoFetVcaCompressor::runChannel(const double* input, const double* key, int frames,
                                         ChannelState& state, double* output, double* filteredKey) const {
-  // In runs short enough that the processor still works on the recursions of one while it begins the next.
-  constexpr int kRun = 16;
-  double gains[kRun] = {}, levels[kRun];
-  int n = 0;
-  for (int at = 0; at < frames; at += n) {
-    n = std::min(kRun, frames - at);
-    double* filtered = filteredKey + at;
-    highPass(key + at, n, times.hpfCoef, state.hpfState, filtered);
-    switch (detector) {
-      case kFet:
-        fetGains(filtered, glides.fetRatio + at, thresholdDrive, n, times, state.detectors, gains);
-        break;
-      case kVca:
-        vcaTargets(filtered, glides.drive + at, n, levels);
-        vcaLevels(levels, n, times, state.detectors);
-        vcaGains(levels, ratioTerms.vcaExponent, n, gains);
-        break;
-      default:
-        optoLevels(filtered, glides.drive + at, n, times, state.detectors, levels);
-        optoGains(levels, glides.optoExponent + at, n, gains);
-    }
-    applyGains(input + at, gains, glides.makeup + at, glides.mix + at, n, output + at);
+  const auto runAs = [&](const auto& kind) {
+    return run(kind, makeupGainSmoothed, mixSmoothed, input, key, frames, state, output, filteredKey);
+  };
+  switch (detector) {
+    case kFet: return runAs(Fet{times, fetRatioSmoothed, thresholdDrive, state.detectors});
+    case kVca: return runAs(Vca{times, thresholdDriveSmoothed, ratioTerms.vcaExponent, state.detectors});
+    default: return runAs(Opto{times, thresholdDriveSmoothed, optoExponentSmoothed, state.detectors});
   }
-  return gains[n - 1];
 }
 
 }  // namespace corvane

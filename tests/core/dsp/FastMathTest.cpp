@@ -116,6 +116,21 @@ TEST(FastMath, AnglesKeepTheirErrorsNearTheZerosToo) {
   }
 }
 
+CORVANE_WIDE_LOOPS void widest(const double* x, int count, double* y) {
+  for (int i = 0; i < count; ++i)
+    y[i] = fast::tanh(fast::pow(x[i], 1.4)) + fast::log10(x[i]) * fast::atan(x[i]);
+}
+
+TEST(FastMath, WidestLanesGiveTheSameBits) {
+  const std::vector<double> x = arguments({1e-6, 1e3, true});
+  std::vector<double> y(x.size());
+  widest(x.data(), static_cast<int>(x.size()), y.data());
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    volatile double v = x[i];
+    ASSERT_EQ(y[i], fast::tanh(fast::pow(v, 1.4)) + fast::log10(v) * fast::atan(v)) << "at " << x[i];
+  }
+}
+
 TEST(FastMath, EndsOfTheRangeAreWhatTheHeaderSays) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   const double notANumber = std::nan("");

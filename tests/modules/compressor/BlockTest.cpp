@@ -169,6 +169,22 @@ TEST(CompressorBlock, ChangeOfTypeKeepsEveryDetector) {
   EXPECT_EQ(empty.runMono(loud), loud);
 }
 
+TEST(CompressorBlock, OverflowingKeyDoesNotShutItForEver) {
+  Samples key = silence(1.0, kRateHz);
+  const Samples x = constant(0.5, 1.0, kRateHz);
+  for (int type : {1, 2, 3}) {
+    ModuleRig rig = rigOf(type);
+    rig.set(kSideChainOffset, 1.0);
+    for (double monster : {1e200, 1.7e308, -1.7e308}) {
+      key[10] = monster;
+      rig.runMono(x, &key);
+      EXPECT_TRUE(std::isfinite(rig.runMono(x, &key).back())) << type;
+      rig.reset();
+      key[10] = 0.0;
+    }
+  }
+}
+
 TEST(CompressorBlock, ControlsGlideWithTenHertzAndJumpAtAReset) {
   ModuleRig rig = rigOf(3);
   rig.set(kMakeupGain, 0.0);
