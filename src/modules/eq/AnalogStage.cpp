@@ -1,7 +1,9 @@
 #include "modules/eq/AnalogStage.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 
 #include "core/dsp/FastMath.h"
 
@@ -82,9 +84,12 @@ inline double gainAt(double l) {
 
 template <int kType>
 void applyGains(const double* levels, double* samples, int frames) {
-  int beyond = 0;
-  for (int i = 0; i < frames; ++i) beyond |= bent<kType>(levels[i]).t > kSeriesEnd;
-  if (beyond)
+  // Below this level the series serves for both half-waves; a bend only takes t further down.
+  constexpr double kSafe =
+      kSeriesEnd * std::min(kLaws[kType - kBellform].above.scale, kLaws[kType - kBellform].below.scale);
+  std::int64_t beyond = 0;
+  for (int i = 0; i < frames; ++i) beyond |= std::abs(levels[i]) > kSafe ? 1 : 0;
+  if (beyond != 0)
     for (int i = 0; i < frames; ++i) samples[i] *= gainAt<kType>(levels[i]);
   else
     for (int i = 0; i < frames; ++i) samples[i] *= seriesGain<kType>(levels[i]);

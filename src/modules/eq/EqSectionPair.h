@@ -90,7 +90,10 @@ inline void takeLane(int lane, Track<Pair>& to, const Track<Pair>& from) {
 template <Character kCharacter, typename Take>
 inline void runFour(EqSectionPair& pairA, EqSectionPair& pairB, Pair fadeA, Pair fadeB, const double* input,
                     int frames, Take take) {
-  constexpr int kLag = 6;  // more than the stages, and long enough for two sections behind one another
+  constexpr bool kTracks = kCharacter == Character::behindRecursion;
+  // More than the stages below, and long enough that two sections behind one another take no longer than as
+  // many steps of one recursion.
+  constexpr int kLag = kTracks ? 6 : 4;
   constexpr int kSteps = kBlockFrames + kLag;
   EqSectionPair a = pairA, b = pairB;
   const EqSectionPair startA = a, startB = b;
@@ -100,28 +103,32 @@ inline void runFour(EqSectionPair& pairA, EqSectionPair& pairB, Pair fadeA, Pair
     if (i == frames) end = now;
     if (i == kLag) takeLane(1, now, start);
   };
-  staggered(
-      frames + kLag,
-      [&](int i) {
-        atEdge(i, a.filter, startA.filter, endA.filter);
-        inA[i] = Pair{i < frames ? input[i] : 0.0, i < kLag ? 0.0 : out[i - kLag][0]};
-        fromA[i] = a.template recursion<kCharacter>(inA[i]);
-      },
-      [&](int i) {
-        atEdge(i, a.track, startA.track, endA.track);
-        inB[i] = crossfade(inA[i], a.template behind<kCharacter>(fromA[i]), fadeA);
-      },
-      [&](int i) {
-        atEdge(i, b.filter, startB.filter, endB.filter);
-        fromB[i] = b.template recursion<kCharacter>(inB[i]);
-      },
-      [&](int i) {
-        atEdge(i, b.track, startB.track, endB.track);
-        out[i] = crossfade(inB[i], b.template behind<kCharacter>(fromB[i]), fadeB);
-      },
-      [&](int i) {
-        if (i >= kLag) take(i - kLag, out[i][1]);
-      });
+  const auto recursionA = [&](int i) {
+    atEdge(i, a.filter, startA.filter, endA.filter);
+    inA[i] = Pair{i < frames ? input[i] : 0.0, i < kLag ? 0.0 : out[i - kLag][0]};
+    fromA[i] = a.template recursion<kCharacter>(inA[i]);
+  };
+  const auto behindA = [&](int i) {
+    if constexpr (kTracks) atEdge(i, a.track, startA.track, endA.track);
+    inB[i] = crossfade(inA[i], a.template behind<kCharacter>(fromA[i]), fadeA);
+  };
+  const auto recursionB = [&](int i) {
+    atEdge(i, b.filter, startB.filter, endB.filter);
+    fromB[i] = b.template recursion<kCharacter>(inB[i]);
+  };
+  const auto behindB = [&](int i) {
+    if constexpr (kTracks) atEdge(i, b.track, startB.track, endB.track);
+    out[i] = crossfade(inB[i], b.template behind<kCharacter>(fromB[i]), fadeB);
+  };
+  const auto finish = [&](int i) {
+    if (i >= kLag) take(i - kLag, out[i][1]);
+  };
+  if constexpr (kTracks)
+    staggered(frames + kLag, recursionA, behindA, recursionB, behindB, finish);
+  else
+    staggered(
+        frames + kLag, [&](int i) { recursionA(i), behindA(i); }, [&](int i) { recursionB(i), behindB(i); },
+        finish);
   takeLane(0, a.filter, endA.filter), takeLane(0, a.track, endA.track);
   takeLane(0, b.filter, endB.filter), takeLane(0, b.track, endB.track);
   pairA = a, pairB = b;
