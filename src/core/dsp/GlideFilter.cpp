@@ -55,7 +55,17 @@ void GlideFilter::processBuffer(double* samples, int count) {
     return;
   }
   const int gliding = std::min(count, glide.remaining);
-  for (int i = 0; i < gliding; ++i) samples[i] = processSample(samples[i]);
+  if (gliding > 0) {
+    // locals: fields would be written back and read again with every sample
+    RootGlide moving = glide;
+    BiquadCoefficients c = current;
+    BiquadHistory h = history;
+    for (int i = 0; i < gliding; ++i) {
+      moving.advance(c);
+      samples[i] = filterSample(samples[i], c, h);
+    }
+    glide = moving, current = c, history = h;
+  }
   if (gliding == count) return;
   current = target;
   filterBlock(samples + gliding, count - gliding, current, history);

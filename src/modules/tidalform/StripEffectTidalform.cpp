@@ -147,12 +147,21 @@ void StripEffectTidalform::moveGain(int frames) {
 
 template <int kChannels>
 void StripEffectTidalform::filter(int moving, int frames) {
+  const auto runAll = [&](const auto& coefficients) {
+    for (int k = 0; k < kChannels; ++k) {
+      runDirect(coefficients, channels[k].input, channels[k].output, 0, frames, channels[k].dynamicFilter);
+      clearTraces(channels[k].dynamicFilter);
+    }
+  };
+  const bool gainStands =
+      std::all_of(gainBlock, gainBlock + frames, [this](double g) { return g == gainBlock[0]; });
+  if (moving == 0 && gainStands && frames > 0) {
+    designDynamic(filterType, standingAngle, gainBlock, 0, 1, dynamicBlock);
+    return runAll(StandingCoefficients{dynamicBlock.at(0)});
+  }
   if (moving > 0) designDynamic(filterType, bandBlock, gainBlock, moving, sampleRate, dynamicBlock);
   designDynamic(filterType, standingAngle, gainBlock, moving, frames, dynamicBlock);
-  for (int k = 0; k < kChannels; ++k) {
-    runDirect(dynamicBlock, channels[k].input, channels[k].output, 0, frames, channels[k].dynamicFilter);
-    clearTraces(channels[k].dynamicFilter);
-  }
+  runAll(dynamicBlock);
 }
 
 template <int kChannels>
