@@ -10,8 +10,8 @@ namespace corvane::preamp {
 /// A smooth gain law g(x), x > 0, as a table of polynomials: the powers, logarithms and arcs of the law cost
 /// a dozen times as much. 16 pieces to the octave, each of ninth degree through the law's values at Chebyshev
 /// points, which leaves less than a rounding (a test says 1e-15). The piece and the place in it are read off
-/// the bits of x. Built once, with the law in extended precision; reading allocates and branches little.
-/// [any]
+/// the bits of x. Built once, with the law in extended precision; reading neither
+/// allocates nor computes the law. [any]
 class CurveTable {
  public:
   using Law = long double (*)(long double);
