@@ -30,6 +30,9 @@ enum AAX_EError : AAX_Result {
   AAX_ERROR_INVALID_INTERNAL_DATA = -20016,
 };
 
+/// Version of this contract, for `ACFGetSDKVersion`.
+inline constexpr AAX_Result AAX_SDKVersion = 0x0203;
+
 /// Four characters as a type id.
 constexpr AAX_CTypeID AAX_TypeID(const char (&text)[5]) {
   AAX_CTypeID id = 0;
