@@ -193,6 +193,14 @@ TEST(Deesser, ReductionMeterFollowsTheLastSampleOfABlock) {
   EXPECT_EQ(rig.meter(kReduction), held);
 }
 
+TEST(Deesser, FadesInAfterAReset) {
+  ModuleRig rig = warmDeesser();
+  ASSERT_LT(rig.meter(kReduction), 1e-6);
+  rig.reset();
+  rig.runMono(constant(0.1, 1.0 / kRate, kRate));
+  EXPECT_GT(rig.meter(kReduction), 0.85);  // of the 0.94 that the range of 24 dB allows
+}
+
 TEST(Deesser, MonitorPlaysWhatTheDetectorHears) {
   ModuleRig rig(kDeesserFamily, 1);
   rig.set(kRange, 1.0), rig.set(kMonitorOffset, 1.0);

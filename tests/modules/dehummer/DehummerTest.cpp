@@ -175,6 +175,15 @@ TEST(Dehummer, ReductionMeterIsTheShareOfTheEnvelopes) {
   EXPECT_EQ(quiet.meter(kReduction), 0.0);
 }
 
+TEST(Dehummer, ReductionMeterFallsAsTheLevelMetersDo) {
+  // Half of the level is hum, then none: the share falls to a sixteenth in 631 ms.
+  ModuleRig rig = standing({0.5, 0.5, -6.0, 0.0, 0.0});
+  rig.runMono(sine(50.0, 0.5, 4.0, kRate));
+  const double start = rig.meter(kReduction);
+  rig.runMono(sine(1975.0, 0.5, 0.631, kRate));
+  EXPECT_NEAR(rig.meter(kReduction), start / 16.0, 0.01);  // the ripple of the tone before
+}
+
 TEST(Dehummer, MovesOfTheKnobsDoNotClick) {
   // A tone between the harmonics, while everything jumps: no step beyond those of the tone itself.
   ModuleRig rig = standing({0.5, 0.5, -48.0, 0.0, 0.0});

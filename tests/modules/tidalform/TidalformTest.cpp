@@ -104,6 +104,17 @@ TEST(Tidalform, DetectsEachOfTwoChannelsAndDrivesBothWithTheMean) {
   ASSERT_NEAR(gainDb(rig), plain.gainDb, 1e-12);
 }
 
+TEST(Tidalform, NotANumberClearsTheOutputsOfASectionAlone) {
+  const BiquadCoefficients c{1.0, -0.5, 0.25, 0.2, 0.3, 0.4};
+  BiquadHistory h{0.0, 1.0, 2.0, 0.0, INFINITY, INFINITY};
+  EXPECT_EQ(processDirect(3.0, c, h), 0.0);  // infinity minus infinity
+  EXPECT_EQ(h.x1, 3.0);
+  EXPECT_EQ(h.x2, 1.0);
+  EXPECT_EQ(h.y1, 0.0);
+  EXPECT_EQ(h.y2, 0.0);
+  EXPECT_EQ(processDirect(std::nan(""), c, h), 0.3 * 3.0 + 0.4 * 1.0) << "as an input it counts as 0";
+}
+
 TEST(Tidalform, StandingDesignsAreThoseOfEverySample) {
   // A module whose designs are thrown away with every block against one that keeps them: the same bits.
   ModuleRig kept = ready({{kAbove, -12.0}, {kBelow, 6.0}}), renewed = ready({{kAbove, -12.0}, {kBelow, 6.0}});
