@@ -6,6 +6,7 @@
 #include "corvane/Failure.h"
 #include "corvane/Interrupt.h"
 #include "corvane/ParamsCommand.h"
+#include "corvane/PresetsCommand.h"
 #include "corvane/RenderCommand.h"
 #include "corvane/Words.h"
 
@@ -34,9 +35,13 @@ int runCommandLine(int argc, const char* const* argv, Console& console) {
       "`corvane COMMAND --help` tells more, with examples.\nExit codes: 0 done, 1 failed, 2 wrong usage.");
   RenderOptions render;
   ParamsOptions params;
+  PresetsOptions presets;
+  ShowOptions show;
   DemoOptions demo;
   addRenderCommand(app, render);
   addParamsCommand(app, params);
+  addPresetsCommand(app, presets);
+  addShowCommand(app, show);
   addDemoCommand(app, demo);
   try {
     app.parse(argc, argv);
@@ -53,6 +58,8 @@ int runCommandLine(int argc, const char* const* argv, Console& console) {
   }
   try {
     if (app.got_subcommand("render")) return runRender(render, console);
+    if (app.got_subcommand("presets")) return runPresets(presets, console);
+    if (app.got_subcommand("show")) return runShow(show, console);
     if (app.got_subcommand("demo")) return runDemo(demo, console);
     return runParams(params, console);
   } catch (const Failure& failure) {

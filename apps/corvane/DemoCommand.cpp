@@ -65,7 +65,7 @@ void printRow(const DemoSetting& setting, const RenderReport& report, const fs::
 
 void renderOne(const DemoSetting& setting, const DemoOptions& options, Console& console) {
   RenderPlan plan;
-  plan.setting = settingFrom(setting.sets, {});
+  plan.setting = settingFrom({}, setting.sets, {});
   plan.blockFrames = kDemoBlockFrames;
   const fs::path sound = fs::path(options.outputFolder) / (std::string(setting.file) + ".wav");
   const fs::path picture = fs::path(sound).replace_extension(".png");

@@ -125,7 +125,7 @@ int runParams(const ParamsOptions& options, Console& console) {
   std::vector<std::string> inserted;
   if (!options.insert.empty())
     for (const char* type : {"InsX:Type=", "InsY:Type="}) inserted.push_back(type + options.insert);
-  const Setting setting = settingFrom(inserted, {});
+  const Setting setting = settingFrom({}, inserted, {});
   auto answers = nlohmann::ordered_json::array();
   const auto answer = [&](int id, const char* key, const nlohmann::ordered_json& value,
                           const std::string& line) {

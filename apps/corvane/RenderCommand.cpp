@@ -14,6 +14,7 @@
 #include "corvane/MeterFiles.h"
 #include "corvane/ParameterNames.h"
 #include "corvane/ParameterWords.h"
+#include "corvane/Presets.h"
 #include "corvane/Progress.h"
 #include "corvane/Render.h"
 #include "corvane/Words.h"
@@ -64,7 +65,7 @@ void withArgument(const char* option, const std::string& argument, Apply apply) 
   try {
     apply();
   } catch (const Failure& failure) {
-    refuse("{} {}: {}", option, argument, failure.what());
+    throw Failure(failure.exitCode, fmt::format("{} {}: {}", option, argument, failure.what()));
   }
 }
 
@@ -81,7 +82,10 @@ BypassSpan bypassFrom(const std::string& argument) {
 
 RenderPlan planFrom(const RenderOptions& options) {
   RenderPlan plan;
-  plan.setting = settingFrom(options.sets, options.raws);
+  Setting start;
+  if (!options.preset.empty())
+    withArgument("--preset", options.preset, [&] { start = loadPreset(options.preset).setting; });
+  plan.setting = settingFrom(start, options.sets, options.raws);
   for (const auto& bypass : options.bypasses) plan.bypasses.push_back(bypassFrom(bypass));
   const auto format = outputFormatOf(options.format);
   if (!format) refuse("--format {}: must be float, pcm16, pcm24 or flac", options.format);
@@ -243,6 +247,7 @@ void writeMeters(const std::string& path, const std::vector<Job>& jobs) {
 constexpr const char* kExamples = R"(Examples:
   corvane render voice.wav -o out.wav --set Comp:Threshold=-24 --set "Comp:Type=Opto Clamper"
   corvane render voice.wav -o out.wav --set "InsX:Type=De-esser" --set InsX:Position=A
+  corvane render voice.wav -o out.wav --preset "HiFi Vocal" --set Mstr:Gain=-3
   corvane render drums.wav -o out.wav --key kick.wav --set "Comp:Side Chain=Ext AUX"
   corvane render takes/*.wav --out-dir mixed --format pcm24 --jobs 4
 
@@ -258,8 +263,8 @@ void makeFolder(const fs::path& folder) {
     fail("cannot make the folder {}: {}", printable(folder), error.message());
 }
 
-Setting settingFrom(const std::vector<std::string>& sets, const std::vector<std::string>& raws) {
-  Setting setting;
+Setting settingFrom(Setting setting, const std::vector<std::string>& sets,
+                    const std::vector<std::string>& raws) {
   for (const auto& argument : sets)
     withArgument("--set", argument, [&] {
       const auto [name, text] = splitAssignment(argument, "NAME=TEXT");
@@ -284,6 +289,9 @@ void addRenderCommand(CLI::App& app, RenderOptions& o) {
   render->add_option("-o,--output", o.output, "File to write")->type_name("OUT");
   render->add_option("--out-dir", o.outputFolder, "Folder to write to, under the names of the inputs")
       ->type_name("DIR");
+  render
+      ->add_option("--preset", o.preset, "Starts from a preset: a name, an index of the factory bank, a file")
+      ->type_name("PRESET");
   render
       ->add_option("--set", o.sets, "A person's edit, as often as wanted: Comp:Threshold=-20, EQ:HI Freq=2k5")
       ->type_name("NAME=TEXT")
@@ -319,6 +327,8 @@ void addRenderCommand(CLI::App& app, RenderOptions& o) {
       ->type_name("FILE.csv");
   render->add_option("--picture", o.picture, "Draws waveforms and gain reduction over time")
       ->type_name("FILE.png|svg");
+  render->add_option("--save-preset", o.savePreset, "Writes the setting as a preset, once all is rendered")
+      ->type_name("FILE.qdx");
   render->add_option("--jobs", o.jobs, "Files at a time (one for each processor)")
       ->type_name("N")
       ->check(within(1, kMostJobs));
@@ -336,6 +346,7 @@ int runRender(const RenderOptions& options, Console& console) {
   stopIfInterrupted();
   const bool allDone = std::ranges::none_of(jobs, [](const Job& job) { return job.failure != nullptr; });
   if (!options.meters.empty() && (allDone || jobs.size() > 1)) writeMeters(options.meters, jobs);
+  if (!options.savePreset.empty() && allDone) savePreset(options.savePreset, plan.setting);
   return allDone ? kDone : kFailed;
 }
 

@@ -17,6 +17,7 @@ namespace corvane::cli {
 struct RenderOptions {
   std::vector<std::string> inputs;
   std::string output, outputFolder;
+  std::string preset, savePreset;
   std::vector<std::string> sets, raws;
   std::string automation, key, format = "float", meters, meterLog, picture;
   std::vector<std::string> bypasses;
@@ -33,7 +34,8 @@ int runRender(const RenderOptions& options, Console& console);
 /// Makes a folder for output and what is missing above it. Throws Failure.
 void makeFolder(const std::filesystem::path& folder);
 
-/// The setting that a list of `--set` and then of `--raw` arguments leads to. Throws Failure.
-Setting settingFrom(const std::vector<std::string>& sets, const std::vector<std::string>& raws);
+/// The setting that a list of `--set` and then of `--raw` arguments leads to from `start`. Throws Failure.
+Setting settingFrom(Setting start, const std::vector<std::string>& sets,
+                    const std::vector<std::string>& raws);
 
 }  // namespace corvane::cli

@@ -2,13 +2,45 @@
 
 #include <algorithm>
 
+#include "control/CorvaneMonoController.h"
 #include "core/ParameterBank.h"
 
 namespace corvane::cli {
 
 namespace {
 
-const Place& rackPlace(int place) { return kRack[static_cast<std::size_t>(place)]; }
+/// The route on which the controller answers one edit: values stay in the setting, and a window's settings
+/// are nobody's here.
+class EditRoute final : public QDXMasterController {
+ public:
+  explicit EditRoute(Setting& edited) : setting(edited), controller(*this) {
+    // The controller starts with the default rack: a batch tells it what stands where, and answers nothing.
+    controller.parameterChanged(kOpenBatchCommand, 1.0);
+    for (const Place& place : kRack)
+      for (const int offset : {kTypeOffset, kPositionOffset})
+        controller.parameterChanged(place.parameterBase + offset,
+                                    setting.value(place.parameterBase + offset));
+    controller.parameterChanged(kCloseBatchCommand, 1.0);
+  }
+
+  void setParameter(int id, double value) override {
+    if (!answering) {
+      answering = true;
+      controller.parameterChanged(id, value);
+      answering = false;
+    }
+    setting.store(id, std::clamp(value, 0.0, 1.0));
+  }
+  void writeSetting(int, double) override {}
+  void readSetting(int, double*) override {}
+  QDXPresetManager* getPresetManager() override { return nullptr; }
+  CorvaneMonoController* getController() override { return &controller; }
+
+ private:
+  Setting& setting;
+  CorvaneMonoController controller;
+  bool answering = false;
+};
 
 }  // namespace
 
@@ -16,48 +48,10 @@ Setting::Setting() {
   for (int id = 0; id < kParameters; ++id) values[static_cast<std::size_t>(id)] = parameterDefault(id);
 }
 
-void Setting::edit(int id, double value) {
-  const int place = placeOfParameter(id);
-  const int offset = place < 0 ? -1 : id - rackPlace(place).parameterBase;
-  if (offset == kPositionOffset) return move(place, decodePosition(value));
-  if (offset == kTypeOffset && place >= kFixedPlaces) {
-    const int before = decodeInsertIndex(this->value(id)), after = decodeInsertIndex(value);
-    const int kind = kindOfInsertIndex(after);
-    const bool sameFamily =
-        kind == kindOfInsertIndex(before) && kind != static_cast<int>(ModuleKind::special);
-    if (after != before && !sameFamily) loadInsertDefaults(place, after);
-  }
-  store(id, value);
-}
-
-void Setting::loadInsertDefaults(int place, int insertIndex) {
-  const ModuleFamily* family = familyOfInsertIndex(insertIndex);
-  if (!family) return;
-  const Place& group = rackPlace(place);
-  for (int offset = kFirstOwnOffset; offset < group.parameterCount; ++offset)
-    store(group.parameterBase + offset, defaultValue(*family, offset));
-}
-
-void Setting::move(int place, int newPosition) {
-  const auto positionOf = [&](int k) {
-    return decodePosition(value(rackPlace(k).parameterBase + kPositionOffset));
-  };
-  const int from = positionOf(place), to = std::clamp(newPosition, 0, kPlaces - 1);
-  for (int k = 0; k < kPlaces; ++k) {
-    const int position = positionOf(k);
-    int shifted = position;
-    if (k == place)
-      shifted = to;
-    else if (position > from && position <= to)
-      shifted = position - 1;
-    else if (position >= to && position < from)
-      shifted = position + 1;
-    store(rackPlace(k).parameterBase + kPositionOffset, shifted / 8.0);
-  }
-}
+void Setting::edit(int id, double value) { EditRoute(*this).setParameter(id, value); }
 
 const ModuleFamily* familyInPlace(int place, const Setting& setting) {
-  const Place& group = rackPlace(place);
+  const Place& group = kRack[static_cast<std::size_t>(place)];
   return place < kFixedPlaces ? &familyOfKind(group.kind)
                               : familyOfInsertIndex(decodeInsertIndex(setting.value(group.parameterBase)));
 }

@@ -72,5 +72,13 @@ TEST(PersonsEdit, BringsTheDefaultsOfANewFamilyIntoAnInsertAndKeepsThemWithinOne
   EXPECT_EQ(setting.value(ceiling), 0.125) << "a stored value knows no rule";
 }
 
+TEST(PersonsEdit, LeavesOneMonitorOn) {
+  cli::Setting setting;
+  setting.edit(kRack[2].parameterBase + kMonitorOffset, 1.0);
+  setting.edit(kRack[4].parameterBase + kMonitorOffset, 1.0);
+  EXPECT_EQ(setting.value(kRack[2].parameterBase + kMonitorOffset), 0.0);
+  EXPECT_EQ(setting.value(kRack[4].parameterBase + kMonitorOffset), 1.0);
+}
+
 }  // namespace
 }  // namespace corvane::rig

@@ -37,10 +37,22 @@ struct Answer {
 class CommandLineTest : public testing::Test {
  protected:
   CommandLineTest() {
-    std::string pattern = (fs::temp_directory_path() / "corvane-test-XXXXXX").string();
-    folder = ::mkdtemp(pattern.data());
+    folder = madeFolder();
+    // the program looks into the user's folders: those of the test, once for the process
+    static const struct Home {
+      fs::path path = madeFolder();
+      ~Home() { fs::remove_all(path); }
+    } home;
+    for (const char* variable : {"HOME", "XDG_CONFIG_HOME"}) ::setenv(variable, home.path.c_str(), 1);
   }
   ~CommandLineTest() override { fs::remove_all(folder); }
+
+  /// In memory where there is such a place: every file is flushed to the disk before it gets its name.
+  static std::string madeFolder() {
+    const fs::path place = fs::exists("/dev/shm") ? fs::path("/dev/shm") : fs::temp_directory_path();
+    std::string pattern = (place / "corvane-test-XXXXXX").string();
+    return ::mkdtemp(pattern.data());
+  }
 
   std::string at(const std::string& name) const { return (folder / name).string(); }
 

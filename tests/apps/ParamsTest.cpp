@@ -43,6 +43,58 @@ TEST_F(Params, OfAnInsertGoByTheWordsOfItsModule) {
   EXPECT_EQ(run({"params", "--parse", "InsX:Ceiling=-15"}).code, 2) << "no module, no words";
 }
 
+// Presets
+
+using Presets = CommandLineTest;
+
+TEST_F(Presets, ListTheWholeFactoryBankAndItsGroups) {
+  const auto all = nlohmann::json::parse(run({"presets", "--json"}).out);
+  EXPECT_EQ(all.size(), 235U);
+  const auto vocals = nlohmann::json::parse(run({"presets", "--json", "--category", "vocals"}).out);
+  EXPECT_GT(vocals.size(), 5U);
+  for (const auto& preset : vocals) EXPECT_EQ(preset.at("category"), "Vocals");
+  EXPECT_EQ(run({"presets", "--category", "Vokals"}).code, 2);
+}
+
+TEST_F(Presets, AreShownInTheOrderOfTheSound) {
+  write("in.wav", {48000, {noise(100)}});
+  ASSERT_EQ(render("in.wav", "out.wav",
+                   {"--set", "InsX:Type=BrickWall", "--set", "InsX:Ceiling=-15", "--set", "InsX:Position=A",
+                    "--set", "EQ:Mute=on", "--save-preset", at("mine")})
+                .code,
+            0);
+  const auto shown = nlohmann::json::parse(run({"show", "--json", at("mine.qdx")}).out);
+  EXPECT_EQ(shown.at("name"), "mine");
+  const auto& chain = shown.at("chain");
+  EXPECT_EQ(chain.at(0).at("module"), "BrickWall");
+  EXPECT_EQ(chain.at(1).at("place"), "Pre") << "moved to B by the limiter";
+  EXPECT_EQ(chain.at(1).at("position"), "B");
+  for (const auto& module : chain)
+    EXPECT_EQ(module.at("switches").size(), module.at("place") == "EQ" ? 1U : 0U);
+}
+
+TEST_F(Presets, BringBackTheSoundTheyWereSavedFrom) {
+  // each run is a process of its own: its strips are then the same units
+  write("in.wav", {48000, {noise(20000)}});
+  const std::string program = std::string(CORVANE_PROGRAM) + " render -q '" + at("in.wav") + "' -o '";
+  ASSERT_EQ(
+      shell(program + at("a.wav") + "' --preset 5 --set Pre:Gain=6 --save-preset '" + at("p.qdx") + "'"), 0);
+  ASSERT_EQ(shell(program + at("b.wav") + "' --preset '" + at("p.qdx") + "'"), 0);
+  EXPECT_EQ(bytes("a.wav"), bytes("b.wav"));
+}
+
+TEST_F(Presets, ThatCannotBeFoundOrReadAreRefusedWhole) {
+  write("in.wav", {48000, {noise(100)}});
+  writeBytes("broken.qdx", "no preset");
+  EXPECT_EQ(render("in.wav", "out.wav", {"--preset", at("broken.qdx")}).code, 1);
+  EXPECT_EQ(render("in.wav", "out.wav", {"--preset", "235"}).err,
+            "error: --preset 235: no preset 235; the factory bank has 0 to 234\n");
+  const Answer typo = render("in.wav", "out.wav", {"--preset", "Drum Init"});
+  EXPECT_EQ(typo.code, 2);
+  EXPECT_NE(typo.err.find("nearest: Drums Init"), std::string::npos) << typo.err;
+  EXPECT_FALSE(fs::exists(at("out.wav")));
+}
+
 TEST(Words, DistanceCountsLettersWhateverTheirCase) {
   EXPECT_EQ(cli::editDistance("Treshold", "threshold"), 1U);
   EXPECT_EQ(cli::editDistance("", "abc"), 3U);
