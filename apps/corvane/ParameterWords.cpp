@@ -74,7 +74,7 @@ std::string shownValue(int id, double value, const Setting& setting) {
 
 std::string unitOf(int id, const Setting& setting) {
   const Row* row = rowOf(id, setting);
-  return row ? std::string(trimmed(row->unit)) : "";
+  return row ? std::string(measureOf(*row)) : "";
 }
 
 std::string rangeOf(int id, const Setting& setting) {

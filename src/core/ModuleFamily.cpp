@@ -27,6 +27,14 @@ const Row* findRow(const ModuleFamily& family, int offset) {
   return at == family.rows.end() ? nullptr : &*at;
 }
 
+std::string_view measureOf(const Row& row) {
+  std::string_view unit = row.measure;
+  if (!unit.empty()) return unit;
+  unit = row.unit;
+  const auto first = unit.find_first_not_of(' ');
+  return first == unit.npos ? "" : unit.substr(first, unit.find_last_not_of(' ') - first + 1);
+}
+
 double physicalValue(const ModuleFamily& family, int offset, double p) {
   const Row* row = findRow(family, offset);
   assert(row);

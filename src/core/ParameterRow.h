@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 #include "core/Taper.h"
 #include "core/text/Display.h"
 #include "core/text/TypedText.h"
@@ -20,6 +22,10 @@ struct Row {
   const char* unit;  ///< told to hosts, blanks included
   Display display;
   Entry entry = kNoEntry;
+  const char* measure = "";  ///< unit for people where hosts are told none, or another
 };
+
+/// Unit of a row's values for people and for hosts that know units: "dB", "ms", "Hz", "%", or "".
+std::string_view measureOf(const Row& row);
 
 }  // namespace corvane

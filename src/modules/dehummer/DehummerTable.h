@@ -90,9 +90,9 @@ inline constexpr std::array kRows{
     Row{kTypeOffset,    "Type",        0.0,    255,         stepped(255),                                 " ",    choiceText("Empty")},
     Row{kMonitorOffset, "Monitor",     0.0,    1,           onOff(),                                      " ",    choiceText("Off|On")},
     Row{kEvenOdd,       "EvenOdd",     0.5,    kContinuous, linear(-100.0, 200.0),                        " ",    ownText(showEvenOdd),  typedBy(readEvenOdd, -100.0, 100.0)},
-    Row{kBrightness,    "Brightness",  0.5,    kContinuous, ownTaper(percent, percentPosition),           " ",    fixedText(0, "%"),     typed(0.0, 100.0)},
+    Row{kBrightness,    "Brightness",  0.5,    kContinuous, ownTaper(percent, percentPosition),           " ",    fixedText(0, "%"),     typed(0.0, 100.0), "%"},
     Row{kAttenuation,   "Attenuation", 0.5,    kContinuous, ownTaper(attenuationDb, attenuationPosition), " dB ", fixedText(1),          typed(-48.0, 0.0)},
-    Row{kMains,         "Mains",       1.0,    1,           ownTaper(mainsHz, mainsPosition),             " ",    fixedText(0, "Hz"),    kSearchEntry},
+    Row{kMains,         "Mains",       1.0,    1,           ownTaper(mainsHz, mainsPosition),             " ",    fixedText(0, "Hz"),    kSearchEntry, "Hz"},
     Row{kOffset,        "Offset",      0.5,    kContinuous, ownTaper(offsetHz, offsetPosition),           " Hz ", ownText(showOffset),   typed(-10.0, 10.0)},
 };
 // clang-format on

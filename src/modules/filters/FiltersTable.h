@@ -38,7 +38,7 @@ inline constexpr std::array kRows{
     Row{kMonitorOffset,   "Flt:Monitor",         0.0,     1,           onOff(),                                       " ",    choiceText("Off|On")},
     Row{kLpfIn,           "Flt:LPF In",          1.0,     1,           onOff(),                                       " ",    choiceText("Out|In"),                           kSearchEntry},
     Row{kLpfFreq,         "Flt:LPF Freq",        1.0,     kContinuous, exponential(300.0, 100.0),                     " Hz ", frequencyText(),                                kSearchEntry},
-    Row{kLpfSlope,        "Flt:LPF Slope",       0.5,     2,           stepped(2),                                    " ",    choiceText("6|12|18"),                          kSearchEntry},
+    Row{kLpfSlope,        "Flt:LPF Slope",       0.5,     2,           stepped(2),                                    " ",    choiceText("6|12|18"),                          kSearchEntry, "dB/oct"},
     Row{kParametricIn,    "Flt:Parametric In",   1.0,     1,           onOff(),                                       " ",    choiceText("Out|In"),                           kSearchEntry},
     Row{kParametricGain,  "Flt:Parametric Gain", 0.5,     kContinuous, ownTaper(steppedGainDb, steppedGainPosition),  " dB ", ownText(showGain),                              kSearchEntry},
     Row{kParametricFreq,  "Flt:Parametric Freq", 0.5,     kContinuous, exponential(20.0, 1000.0),                     " Hz ", frequencyText("Hz"),                            kSearchEntry},
@@ -46,7 +46,7 @@ inline constexpr std::array kRows{
     Row{kParametricType,  "Flt:Parametric Type", 0.5,     4,           stepped(4),                                    " ",    choiceText("LoShelf|Bell|Peak|Notch|HiShelf"),  kSearchEntry},
     Row{kHpfIn,           "Flt:HPF In",          1.0,     1,           onOff(),                                       " ",    choiceText("Out|In"),                           kSearchEntry},
     Row{kHpfFreq,         "Flt:HPF Freq",        0.0,     kContinuous, exponential(20.0, 100.0),                      " Hz ", frequencyText(),                                kSearchEntry},
-    Row{kHpfSlope,        "Flt:HPF Slope",       0.5,     2,           stepped(2),                                    " ",    choiceText("12|18|24"),                         kSearchEntry},
+    Row{kHpfSlope,        "Flt:HPF Slope",       0.5,     2,           stepped(2),                                    " ",    choiceText("12|18|24"),                         kSearchEntry, "dB/oct"},
 };
 // clang-format on
 

@@ -130,17 +130,17 @@ inline constexpr std::array kRows{
     //  offset            name                default  steps        taper                               unit    text                       typed
     Row{kSideChainOffset, "Gate:Side Chain",  0.0,     1,           onOff(),                            "",     choiceText("Input|Ext AUX")},
     Row{kMonitorOffset,   "Gate:Monitor",     0.0,     1,           onOff(),                            "",     choiceText("Off|On")},
-    Row{kAttack,          "Gate:Attack",      0.5,     kContinuous, exponential(0.1, 2500.0),           "",     fixedText(1),              typed(0.1, 250.0)},
-    Row{kRelease,         "Gate:Release",     0.5,     kContinuous, exponential(10.0, 300.0),           "",     fixedText(0),              typed(10.0, 3000.0)},
+    Row{kAttack,          "Gate:Attack",      0.5,     kContinuous, exponential(0.1, 2500.0),           "",     fixedText(1),              typed(0.1, 250.0), "ms"},
+    Row{kRelease,         "Gate:Release",     0.5,     kContinuous, exponential(10.0, 300.0),           "",     fixedText(0),              typed(10.0, 3000.0), "ms"},
     Row{kRatio,           "Gate:Ratio",       0.5,     kContinuous, stepped(kRatioSteps),               "",     ownText(showRatio),        typedBy(readRatio, 1.0, 10.0)},
-    Row{kHold,            "Gate:Hold",        0.5,     kContinuous, ownTaper(holdTime, holdPosition),   "s",    ownText(showHold),         typedBy(readHold, 0.0, 400.0)},
+    Row{kHold,            "Gate:Hold",        0.5,     kContinuous, ownTaper(holdTime, holdPosition),   "s",    ownText(showHold),         typedBy(readHold, 0.0, 400.0), "ms"},
     Row{kThreshold,       "Gate:Threshold",   0.5,     kContinuous, linear(-60.0, 60.0),                " dB ", ownText(showThreshold),    typedBy(readPlain, -60.0, 0.0)},
     Row{kShape,           "Gate:Shape",       0.5,     kContinuous, linear(-100.0, 200.0),              "",     ownText(showShape),        typedBy(readPlain, -100.0, 100.0)},
-    Row{kRange,           "Gate:Range",       0.0,     kContinuous, ownTaper(rangeGain, rangePosition), "",     ownText(showRange),        typedBy(readRange, kSilentRangeDb, 0.0)},
+    Row{kRange,           "Gate:Range",       0.0,     kContinuous, ownTaper(rangeGain, rangePosition), "",     ownText(showRange),        typedBy(readRange, kSilentRangeDb, 0.0), "dB"},
     Row{kHpfIn,           "Gate:HPF In",      0.0,     1,           onOff(),                            "",     choiceText("Out|In")},
-    Row{kHpfFreq,         "Gate:HPF Freq",    0.0,     kContinuous, exponential(20.0, 400.0),           "",     fixedText(0),              typedHz(20.0, 8000.0)},
+    Row{kHpfFreq,         "Gate:HPF Freq",    0.0,     kContinuous, exponential(20.0, 400.0),           "",     fixedText(0),              typedHz(20.0, 8000.0), "Hz"},
     Row{kLpfIn,           "Gate:LPF In",      0.0,     1,           onOff(),                            "",     choiceText("Out|In")},
-    Row{kLpfFreq,         "Gate:LPF Freq",    1.0,     kContinuous, exponential(50.0, 400.0),           "",     fixedText(0),              typedHz(50.0, 20000.0)},
+    Row{kLpfFreq,         "Gate:LPF Freq",    1.0,     kContinuous, exponential(50.0, 400.0),           "",     fixedText(0),              typedHz(50.0, 20000.0), "Hz"},
 };
 // clang-format on
 

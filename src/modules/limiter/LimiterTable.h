@@ -47,7 +47,7 @@ inline constexpr std::array kRows{
     Row{kLink,    "Lim:Link",    0.0,    1,           onOff(),                   "  ",    choiceText("-|Linked")},
     Row{kSoft,    "Lim:Soft",    0.0,    1,           onOff(),                   "  ",    choiceText("-|Soft")},
     Row{kMode,    "Lim:Mode",    0.0,    10,          stepped(10),               "",      choiceText("Mode 1|Mode 2|Mode 3|undef"),     kSearchEntry},
-    Row{kSmooth,  "Lim:Smooth",  0.5,    1000,        linear(0.0, 100.0),        "",      ownText(showSmooth),                          typed(0.0, 100.0)},
+    Row{kSmooth,  "Lim:Smooth",  0.5,    1000,        linear(0.0, 100.0),        "",      ownText(showSmooth),                          typed(0.0, 100.0), "%"},
     Row{kShape,   "Lim:Shape",   0.2,    10,          stepped(10),               "",      choiceText("Valve 1|Valve 2|Tape 1|Tape 2|Soft Clip|Hard Clip|undef"), kSearchEntry},
 };
 // clang-format on

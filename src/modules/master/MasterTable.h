@@ -97,7 +97,7 @@ inline bool readGain(const Row& row, const char* text, double* p) {
 // clang-format off
 inline constexpr std::array kRows{
     //  offset             name                     default steps        taper                           unit    text                              typed
-    Row{kWidth,            "Mstr:Width",            0.5,    kContinuous, linear(0.0, 200.0),             " ",    ownText(showWidth),               typedBy(readWidth, 0.0, 200.0)},
+    Row{kWidth,            "Mstr:Width",            0.5,    kContinuous, linear(0.0, 200.0),             " ",    ownText(showWidth),               typedBy(readWidth, 0.0, 200.0), "%"},
     Row{kBalance,          "Mstr:Balance",          0.5,    kContinuous, linear(-50.0, 100.0),           " ",    ownText(showBalance),             typedBy(readBalance, -50.0, 50.0)},
     Row{kGain,             "Mstr:Gain",             0.7511, kContinuous, ownTaper(faderGain, faderPosition), " dB ", ownText(showGain),            typedBy(readGain, -100.0, 10.0)},
     Row{kMeasurementPoint, "Mstr:MeasurementPoint", 0.625,  3,           stepped(3),                     " ",    choiceText("In|Pre|Post|Out"),    kSearchEntry},

@@ -11,6 +11,7 @@ constexpr int kDraws = 16;
 constexpr double kMemorySeconds = 0.15;
 constexpr double kFullLevel = 0.001;         // -60 dB
 constexpr double kFullScale = 0.001 + 1e-7;  // keeps the full gain a hair below 1
+constexpr double kSilence = 1e-200;          // where a follower counts as 0
 constexpr double kRest = 1e-7;               // of the last three followers
 
 }  // namespace
@@ -49,6 +50,9 @@ void AutoMute::run(const Pair* input, double* gains, int frames, NoiseGenerator&
   }
   generator = dice;
   followers = {level, second, third, fourth};
+  // Nothing flushes them on the way: after minutes of silence they would turn denormal, which costs dearly.
+  for (double& follower : followers)
+    if (follower < kSilence) follower = 0.0;
 }
 
 }  // namespace corvane::preamp

@@ -56,9 +56,9 @@ inline constexpr std::array kRows{
     Row{kPhaseLeft,      "Pre:PhaseL",         0.0,    1,           onOff(),                   "",     kNoDisplay,                     kSearchEntry},
     Row{kPhaseRight,     "Pre:PhaseR",         0.0,    1,           onOff(),                   "",     kNoDisplay,                     kSearchEntry},
     Row{kAnalog,         "Pre:Analog",         1.0,    1,           onOff(),                   "",     choiceText("Out|In"),           kSearchEntry},
-    Row{kDrive,          "Pre:Drive",          0.5,    kContinuous, exponential(1.0, 1000.0),  "",     ownText(showDrive),             kSearchEntry},
+    Row{kDrive,          "Pre:Drive",          0.5,    kContinuous, exponential(1.0, 1000.0),  "",     ownText(showDrive),             kSearchEntry, "dB"},
     Row{kNoiseIn,        "Pre:NoiseIn",        0.0,    2,           stepped(2),                "",     choiceText("Off|Auto Mute|On"), kSearchEntry},
-    Row{kNoiseLevel,     "Pre:NoiseLevel",     0.5,    kContinuous, exponential(1.0, 1000.0),  "",     ownText(showNoiseLevel),        kSearchEntry},
+    Row{kNoiseLevel,     "Pre:NoiseLevel",     0.5,    kContinuous, exponential(1.0, 1000.0),  "",     ownText(showNoiseLevel),        kSearchEntry, "dB"},
 };
 // clang-format on
 
