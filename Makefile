@@ -10,9 +10,9 @@ build:
 	@cmake --preset release --log-level=WARNING
 	@cmake --build build
 
-# Three settings on a recorded voice: a table here, files and pictures in demo/.
+# Four settings on a recorded voice: a table here, files and pictures in demo/.
 demo: build
-	@build/corvane demo
+	@build/corvane demo --out-dir demo
 
 test: build
 	@ctest --test-dir build --output-on-failure -j 2
@@ -32,10 +32,6 @@ lint: build
 	@sh packages.sh packages-lint.txt
 	git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
 	git ls-files 'src/*.cpp' 'platform/*.cpp' 'apps/*.cpp' | xargs -P 2 -n 4 clang-tidy -p build --quiet
-
-# A recorded voice through three settings: sounds, pictures and a table of levels.
-demo: all
-	@$(BUILD)/corvane demo --out-dir demo
 
 clean:
 	rm -rf build build-sanitize demo

@@ -26,7 +26,7 @@ struct DemoSetting {
   std::vector<std::string> sets;
 };
 
-/// Compressor and master alone, so that the figures are theirs.
+/// Three of compressor and master alone, so that the figures are theirs, and one of a whole chain.
 const std::vector<DemoSetting>& demoSettings() {
   static const std::vector<std::string> kOthersOut{"Pre:Type=-", "Flt:Type=-", "EQ:Type=-",
                                                    "Mstr:Type=Master Control"};
@@ -50,6 +50,16 @@ const std::vector<DemoSetting>& demoSettings() {
     };
     for (DemoSetting& setting : made)
       setting.sets.insert(setting.sets.begin(), kOthersOut.begin(), kOthersOut.end());
+    made.push_back(
+        {"full-chain",
+         "A whole chain: preamp to master, de-esser behind the equaliser",
+         "Pre 60s, high-pass, gate, opto, Lumenband, de-esser, BrickWall, master",
+         {"Pre:Type=Pre 60s", "Pre:Drive=4", "Flt:Type=Basic Filters", "Flt:HPF Freq=90", "Gate:Type=Expander",
+          "Gate:Threshold=-45", "Gate:Range=-12", "Gate:Release=120", "Comp:Type=Opto Clamper",
+          "Comp:Threshold=-24", "Comp:Ratio=3", "Comp:Attack=5", "Comp:Release=120", "Comp:Makeup Gain=8",
+          "EQ:Type=Lumenband", "EQ:LM Freq=350", "EQ:LM Gain=-2.5", "EQ:HM Freq=3k5", "EQ:HM Gain=2.5",
+          "EQ:HI Freq=12k", "EQ:HI Gain=3", "Lim:Type=BrickWall", "Lim:Ceiling=-3", "Mstr:Type=Master Control",
+          "Mstr:Gain=-1", "InsX:Type=De-esser", "InsX:Position=F"}});
     return made;
   }();
   return settings;
@@ -87,7 +97,7 @@ constexpr const char* kExamples = R"(Examples:
 
 void addDemoCommand(CLI::App& app, DemoOptions& o) {
   CLI::App* demo =
-      app.add_subcommand("demo", "Renders a voice through three settings and draws what happened");
+      app.add_subcommand("demo", "Renders a voice through four settings and draws what happened");
   demo->add_option("IN", o.input, "A voice (" + o.input + ")");
   demo->add_option("--out-dir", o.outputFolder, "Folder for sounds and pictures (demo)")->type_name("DIR");
   demo->footer(kExamples);
