@@ -107,7 +107,7 @@ TEST(Balance, KeepsPowerAndSilencesTheFarSideExactly) {
   EXPECT_DOUBLE_EQ(typedAs(kBalance, "20R"), 0.7);
   EXPECT_DOUBLE_EQ(typedAs(kBalance, "-20"), 0.3);
   EXPECT_EQ(typedAs(kBalance, "c"), 0.5);
-  EXPECT_EQ(typedAs(kBalance, "somewhere"), -1.0);
+  EXPECT_EQ(typedAs(kBalance, "no"), -1.0);
 }
 
 TEST(Width, GoesFromMonoToTwiceTheSide) {
