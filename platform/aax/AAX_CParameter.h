@@ -132,9 +132,12 @@ class AAX_CParameter final : public AAX_IParameter {
     if (automation) automation->PostReleaseRequest(Identifier());
   }
   void SetNormalizedValue(double value) override {
-    if (automation && value != normalised) automation->PostSetValueRequest(Identifier(), value);
+    const bool differs = value != normalised;
+    if (automation && (differs || requestIsOut)) automation->PostSetValueRequest(Identifier(), value);
+    requestIsOut = differs;
   }
   bool UpdateNormalizedValue(double value) override {
+    requestIsOut = false;
     if (value == normalised) return false;
     normalised = value;
     return true;
@@ -157,5 +160,6 @@ class AAX_CParameter final : public AAX_IParameter {
   const std::int32_t steps;
   const double defaultNormalised;
   double normalised;
+  bool requestIsOut = false;
   AAX_IAutomationDelegate* automation = nullptr;
 };

@@ -10,6 +10,8 @@ class AAX_IAutomationDelegate {
   virtual ~AAX_IAutomationDelegate() = default;
   virtual AAX_Result RegisterParameter(AAX_CParamID id) = 0;
   virtual AAX_Result PostTouchRequest(AAX_CParamID id) = 0;
+  /// Takes the place of an earlier request for the same parameter that is still to be answered; one for the
+  /// value that the host holds ends there.
   virtual AAX_Result PostSetValueRequest(AAX_CParamID id, double normalised) = 0;
   virtual AAX_Result PostReleaseRequest(AAX_CParamID id) = 0;
   /// Whether an update under way carries a touch.
