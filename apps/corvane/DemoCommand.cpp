@@ -91,7 +91,7 @@ void renderOne(const DemoSetting& setting, const DemoOptions& options, Console& 
 
 constexpr const char* kExamples = R"(Examples:
   corvane demo
-  corvane demo my-voice.wav --out-dir /tmp/demo)";
+  corvane demo my-voice.wav --out-dir my-demo)";
 
 }  // namespace
 
