@@ -18,9 +18,11 @@ std::size_t portCount(const Description& description) {
 
 HostSide::HostSide(const Description& description, float sampleRateHz)
     : queue(portCount(description)), board(description), rate(sampleRateHz) {
-  for (const Field& field : description.fields)
-    if (field.kind == FieldKind::DataInPort)
-      ports[field.index] = {static_cast<std::uint32_t>(ports.size()), field.bytes};
+  for (const Field& field : description.fields) {
+    if (field.kind != FieldKind::DataInPort) continue;
+    const auto number = static_cast<std::uint32_t>(ports.size());  // counted before the entry is made
+    ports[field.index] = {number, field.bytes};
+  }
 }
 
 void HostSide::serve(AAX_IEffectParameters& parametersObject, AAX_IEffectGUI* guiObject) {

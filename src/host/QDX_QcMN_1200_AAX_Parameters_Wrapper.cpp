@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <string>
 
@@ -154,6 +155,14 @@ AAX_Result QDX_QcMN_1200_AAX_Parameters_Wrapper::ResetFieldData(AAX_CFieldIndex 
       }
     default: return AAX_CEffectParameters::ResetFieldData(field, data, size);
   }
+}
+
+AAX_Result QDX_QcMN_1200_AAX_Parameters_Wrapper::FreeFieldData(AAX_CFieldIndex field, void* data,
+                                                               std::uint32_t size) const {
+  if (!data) return AAX_ERROR_NULL_OBJECT;
+  if (field != kProcessorField) return AAX_SUCCESS;
+  return fillField<CorvaneMonoEffect>(data, size,
+                                      [](void* at) { std::destroy_at(static_cast<CorvaneMonoEffect*>(at)); });
 }
 
 // Chunks: all host parameters as the base keeps them, and the strip's own state.

@@ -24,6 +24,8 @@ class QDX_QcMN_1200_AAX_Parameters_Wrapper final : public AAX_CEffectParameters,
   AAX_Result UpdateParameterNormalizedValue(AAX_CParamID id, double normalised,
                                             AAX_EUpdateSource source) override;
   AAX_Result ResetFieldData(AAX_CFieldIndex field, void* data, std::uint32_t size) const override;
+  /// The processor's field alone holds an object that must end.
+  AAX_Result FreeFieldData(AAX_CFieldIndex field, void* data, std::uint32_t size) const override;
   AAX_Result GetNumberOfChunks(std::int32_t* count) const override;
   AAX_Result GetChunkIDFromIndex(std::int32_t index, AAX_CTypeID* id) const override;
   AAX_Result GetChunkSize(AAX_CTypeID id, std::uint32_t* size) const override;

@@ -38,7 +38,7 @@ class HostOfOne final : public AAX_IController,
     EXPECT_EQ(parameters->ResetFieldData(kProcessorField, processor, sizeof(CorvaneMonoEffect)), AAX_SUCCESS);
   }
   ~HostOfOne() override {
-    effect().~CorvaneMonoEffect();
+    parameters->FreeFieldData(kProcessorField, processor, sizeof(CorvaneMonoEffect));
     ::operator delete (processor, std::align_val_t{alignof(CorvaneMonoEffect)});
   }
 
