@@ -1,7 +1,7 @@
 # Two commands do everything on a fresh Debian 12: `make demo` and `make test`.
 # They install what packages.txt lists and this machine lacks, build in build/, and run.
 
-.PHONY: all build demo test sanitize bench lint clean
+.PHONY: all build demo test sanitize bench audition lint clean
 
 all: build
 
@@ -27,6 +27,15 @@ sanitize:
 # Nanoseconds per sample of every variant, beside one plain biquad.
 bench: build
 	@build/bench/corvane_bench
+
+# What every factory preset does to the material of its category; docs/sound-bank.md tells how to read it.
+# make audition CATEGORY=Drums PRESET=snare
+audition:
+	@sh packages.sh packages.txt
+	@sh packages.sh packages-audition.txt
+	@cmake --preset release --log-level=WARNING
+	@cmake --build build --target corvane_audition
+	@build/corvane_audition --category "$(CATEGORY)" --preset "$(PRESET)"
 
 lint: build
 	@sh packages.sh packages-lint.txt

@@ -29,6 +29,7 @@ const std::map<std::string, std::set<std::string>> kMay{
     {"platform/aax", {}},
     {"platform/aaxhost", {"platform/aax", "platform/system"}},
     {"apps/corvane", {"src/core", "src/modules", "src/control", "platform/aaxhost", "platform/system"}},
+    {"apps/audition", {"src/core", "src/modules", "src/control", "apps/corvane"}},
     {"apps/lv2", {"src/core", "src/modules", "src/control", "platform/aaxhost"}},
 };
 
