@@ -1,6 +1,9 @@
 #include "corvane/CommandLine.h"
 
+#include <fmt/ranges.h>
+
 #include <CLI/CLI.hpp>
+#include <algorithm>
 
 #include "corvane/DemoCommand.h"
 #include "corvane/Failure.h"
@@ -25,6 +28,20 @@ std::string usageText(const CLI::ParseError& error, const CLI::App& app) {
   return fmt::format("{}; see `{} --help`", text, command);
 }
 
+std::vector<std::string> commandNames(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+    names.push_back(command->get_name());
+  return names;
+}
+
+/// Whether the first word is meant as a command and is none.
+bool isUnknownCommand(const CLI::App& app, int argc, const char* const* argv) {
+  if (argc < 2 || argv[1][0] == '-') return false;
+  const auto names = commandNames(app);
+  return std::ranges::find(names, argv[1]) == names.end();
+}
+
 }  // namespace
 
 int runCommandLine(int argc, const char* const* argv, Console& console) {
@@ -43,6 +60,11 @@ int runCommandLine(int argc, const char* const* argv, Console& console) {
   addPresetsCommand(app, presets);
   addShowCommand(app, show);
   addDemoCommand(app, demo);
+  if (isUnknownCommand(app, argc, argv)) {
+    console.error(
+        fmt::format("no command \"{}\"; there are {}", argv[1], fmt::join(commandNames(app), ", ")));
+    return kWrongUsage;
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForVersion&) {
