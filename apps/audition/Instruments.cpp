@@ -38,7 +38,8 @@ Sound sung(const Note& note, const Partials& partials) {
       for (std::size_t i = n; i < std::min(n + kControlFrames, out.size()); ++i) {
         out[i] += level * turn.imag();
         level += slope;
-        turn *= step;
+        turn = {turn.real() * step.real() - turn.imag() * step.imag(),
+                turn.real() * step.imag() + turn.imag() * step.real()};
       }
       level = next;
     }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <complex>
 #include <numbers>
 
 namespace corvane::audition {
@@ -12,22 +11,42 @@ namespace {
 constexpr std::size_t kWindow = 8192;  // bins of 5.9 Hz: the lowest band, 9 Hz wide, has more than one
 constexpr double kLowestHz = 40.0, kAudibleRangeDb = 40.0, kNothingDb = -200.0;
 
-/// Fourier transform in place, radix 2.
-void transform(std::vector<std::complex<double>>& x) {
-  for (std::size_t i = 1, j = 0; i < x.size(); ++i) {
-    std::size_t bit = x.size() / 2;
+/// What a transform of kWindow samples reads again and again.
+struct Tables {
+  std::vector<double> window;        ///< raised cosine
+  std::vector<double> cosine, sine;  ///< of -2 pi k / kWindow, half a turn
+  Tables() {
+    for (std::size_t n = 0; n < kWindow; ++n) {
+      const double angle = 2.0 * std::numbers::pi * static_cast<double>(n) / kWindow;
+      window.push_back(0.5 - 0.5 * std::cos(angle));
+      if (n < kWindow / 2) cosine.push_back(std::cos(angle)), sine.push_back(-std::sin(angle));
+    }
+  }
+};
+const Tables& tables() {
+  static const Tables made;
+  return made;
+}
+
+/// Fourier transform of kWindow values in place, radix 2. Parts apart, which is several times as fast as
+/// complex numbers.
+void transform(Sound& real, Sound& imaginary) {
+  for (std::size_t i = 1, j = 0; i < kWindow; ++i) {
+    std::size_t bit = kWindow / 2;
     for (; j & bit; bit /= 2) j ^= bit;
     j ^= bit;
-    if (i < j) std::swap(x[i], x[j]);
+    if (i < j) std::swap(real[i], real[j]), std::swap(imaginary[i], imaginary[j]);
   }
-  for (std::size_t length = 2; length <= x.size(); length *= 2) {
-    const auto step = std::polar(1.0, -2.0 * std::numbers::pi / static_cast<double>(length));
-    for (std::size_t first = 0; first < x.size(); first += length) {
-      std::complex<double> turn = 1.0;
-      for (std::size_t k = 0; k < length / 2; ++k, turn *= step) {
-        const auto even = x[first + k], odd = turn * x[first + k + length / 2];
-        x[first + k] = even + odd;
-        x[first + k + length / 2] = even - odd;
+  const double *cosine = tables().cosine.data(), *sine = tables().sine.data();
+  for (std::size_t length = 2; length <= kWindow; length *= 2) {
+    const std::size_t half = length / 2, stride = kWindow / length;
+    for (std::size_t first = 0; first < kWindow; first += length) {
+      double *ar = &real[first], *ai = &imaginary[first], *br = ar + half, *bi = ai + half;
+      for (std::size_t k = 0; k < half; ++k) {
+        const double c = cosine[k * stride], s = sine[k * stride];
+        const double r = c * br[k] - s * bi[k], i = c * bi[k] + s * br[k];
+        br[k] = ar[k] - r, bi[k] = ai[k] - i;
+        ar[k] += r, ai[k] += i;
       }
     }
   }
@@ -36,17 +55,16 @@ void transform(std::vector<std::complex<double>>& x) {
 /// Power of each bin, mean over windows that overlap by half.
 std::vector<double> powers(const Sound& sound) {
   std::vector<double> sums(kWindow / 2 + 1, 0.0);
-  std::vector<std::complex<double>> x(kWindow);
+  Sound real(kWindow), imaginary(kWindow);
   int windows = 0;
   for (std::size_t first = 0; first + kWindow <= sound.size(); first += kWindow / 2, ++windows) {
-    for (std::size_t n = 0; n < kWindow; ++n)
-      x[n] = sound[first + n] *
-             (0.5 - 0.5 * std::cos(2.0 * std::numbers::pi * static_cast<double>(n) / kWindow));
-    transform(x);
-    for (std::size_t k = 0; k < sums.size(); ++k) sums[k] += std::norm(x[k]);
+    for (std::size_t n = 0; n < kWindow; ++n) real[n] = sound[first + n] * tables().window[n];
+    std::ranges::fill(imaginary, 0.0);
+    transform(real, imaginary);
+    for (std::size_t k = 0; k < sums.size(); ++k) sums[k] += real[k] * real[k] + imaginary[k] * imaginary[k];
   }
-  for (double& sum : sums)
-    sum /= std::max(windows, 1) * 0.09375 * kWindow * kWindow;  // a sine of 1 reads -3 dB
+  // a sine of amplitude 1 reads -3 dB: the squared window has 3/8 of the power, half a spectrum has half
+  for (double& sum : sums) sum *= 2.0 / (0.375 * kWindow * kWindow * std::max(windows, 1));
   return sums;
 }
 
