@@ -49,15 +49,20 @@ void HostSide::leave() {
 int HostSide::answerRequests() {
   if (!parameters) return 0;
   changed = true;  // values may also have changed behind our back
-  std::deque<Request> now;
-  now.swap(requests);
-  for (const Request& request : now) update(request, AAX_eUpdateSource_Unspecified);
-  return static_cast<int>(now.size());
+  const std::uint64_t thisRound = round++;
+  int answered = 0;
+  while (!requests.empty() && requests.front().round <= thisRound) {
+    const Request request = std::move(requests.front());
+    requests.pop_front();
+    update(request, AAX_eUpdateSource_Unspecified);
+    ++answered;
+  }
+  return answered;
 }
 
 AAX_Result HostSide::automate(const std::string& id, double normalised) {
   if (std::isnan(normalised)) return AAX_ERROR_INVALID_INTERNAL_DATA;
-  return update({id, std::clamp(normalised, 0.0, 1.0), false}, AAX_eUpdateSource_Parameter);
+  return update({id, std::clamp(normalised, 0.0, 1.0), false, round}, AAX_eUpdateSource_Parameter);
 }
 
 AAX_Result HostSide::update(const Request& request, AAX_EUpdateSource source) {
@@ -126,7 +131,12 @@ AAX_Result HostSide::PostSetValueRequest(AAX_CParamID id, double normalised) {
   if (!id) return AAX_ERROR_NULL_OBJECT;
   if (std::isnan(normalised)) return AAX_ERROR_INVALID_INTERNAL_DATA;
   const Turn turn(*this);
-  requests.push_back({id, std::clamp(normalised, 0.0, 1.0), isTouched(id)});
+  const double wanted = std::clamp(normalised, 0.0, 1.0);
+  std::erase_if(requests, [id](const Request& older) { return older.id == id; });
+  double held = 0.0;
+  if (parameters && parameters->GetParameterNormalizedValue(id, &held) == AAX_SUCCESS && held == wanted)
+    return AAX_SUCCESS;
+  requests.push_back({id, wanted, isTouched(id), round});
   return AAX_SUCCESS;
 }
 

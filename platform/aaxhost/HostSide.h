@@ -53,7 +53,8 @@ class HostSide final : public AAX_IController, public AAX_IAutomationDelegate {
   struct Request {
     std::string id;
     double normalised = 0.0;
-    bool touched = false;  ///< when it was made
+    bool touched = false;     ///< when it was made
+    std::uint64_t round = 0;  ///< of answers; the round under way leaves what it provokes to the next
   };
   struct Port {
     std::uint32_t number = 0, bytes = 0;
@@ -73,7 +74,8 @@ class HostSide final : public AAX_IController, public AAX_IAutomationDelegate {
   AAX_IEffectParameters* parameters = nullptr;
   AAX_IEffectGUI* gui = nullptr;
 
-  std::deque<Request> requests;
+  std::deque<Request> requests;  ///< one per parameter at most, the last
+  std::uint64_t round = 0;
   std::unordered_map<std::string, int> touches;  ///< how many hold a parameter
   const Request* underWay = nullptr;
   std::int32_t latency = 0;

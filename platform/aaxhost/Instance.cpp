@@ -16,6 +16,7 @@ namespace corvane::aaxhost {
 namespace {
 
 constexpr std::uint32_t kLargestChunk = 64 << 20;  // far above any state; more is a wrong number
+constexpr int kMostRounds = 1000;                  // a rule that answers a rule takes a few
 constexpr std::size_t kChunkHeader = offsetof(AAX_SPlugInChunk, fData);
 constexpr std::size_t kSeatsPerCall = 64;  // records of one call of a process function stand on the stack
 
@@ -176,6 +177,13 @@ AAX_Result Instance::setBypass(bool on) { return automate(state->bypass, on ? 1.
 int Instance::idle() {
   const ControlScope turn(*this);
   return state->host.answerRequests();
+}
+
+bool Instance::settle() {
+  const ControlScope turn(*this);
+  for (int rounds = 0; rounds < kMostRounds; ++rounds)
+    if (idle() == 0) return true;
+  return false;
 }
 
 int Instance::waitingRequests() const {

@@ -80,6 +80,8 @@ class Instance {
   /// Answers the requests made before this call, each with the touch of its own moment; requests that an
   /// answer provokes wait for the next call. Returns how many were answered.
   int idle();
+  /// `idle` until nothing waits. False if the answers never stop provoking requests.
+  bool settle();
   /// Requests that wait for an answer.
   int waitingRequests() const;
   /// The host's timer: direct data, then the window. The first error of the two.

@@ -59,6 +59,10 @@ void Library::start() {
   if (const auto init = reinterpret_cast<Init>(entryPoint("InitDll")); init && !init())
     throw HostError("InitDll refused");
   started = true;
+  if (const auto version = reinterpret_cast<Start>(entryPoint("ACFGetSDKVersion"));
+      version && version() != AAX_SDKVersion)
+    throw HostError("built for version " + std::to_string(version()) + " of the contract, this host has " +
+                    std::to_string(AAX_SDKVersion));
   if (const auto startup = reinterpret_cast<Start>(entryPoint("ACFStartup"))) {
     const AAX_Result result = startup();
     if (result != AAX_SUCCESS) throw HostError("ACFStartup failed with " + std::to_string(result));

@@ -1,0 +1,2 @@
+// A library that is no plug-in.
+extern "C" __attribute__((visibility("default"))) int nothingOfUse() { return 0; }
