@@ -1,7 +1,7 @@
 # Two commands do everything on a fresh Debian 12: `make demo` and `make test`.
 # They install what packages.txt lists and this machine lacks, build in build/, and run.
 
-.PHONY: all build demo test sanitize bench audition lint clean
+.PHONY: all build demo test sanitize tsan bench audition lint clean
 
 all: build
 
@@ -24,6 +24,13 @@ sanitize:
 	@cmake --build build-sanitize
 	@ctest --test-dir build-sanitize --output-on-failure -j 2
 
+# The tests in which threads meet, under the thread sanitizer.
+tsan:
+	@sh packages.sh packages.txt
+	@cmake --preset tsan --log-level=WARNING
+	@cmake --build build-tsan --target threaded_tests
+	@ctest --test-dir build-tsan --output-on-failure --no-tests=error -L threads
+
 # Nanoseconds per sample of every variant, beside one plain biquad.
 bench: build
 	@build/bench/corvane_bench
@@ -43,4 +50,4 @@ lint: build
 	git ls-files 'src/*.cpp' 'platform/*.cpp' 'apps/*.cpp' | xargs -P 2 -n 4 clang-tidy -p build --quiet
 
 clean:
-	rm -rf build build-sanitize demo
+	rm -rf build build-sanitize build-tsan demo
