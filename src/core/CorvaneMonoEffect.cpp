@@ -320,7 +320,11 @@ void CorvaneMonoEffect::fullPath(const Sample* const* inputs, Sample* const* out
   for (int at = 0; at < frames; at += kBlockFrames) {
     const int n = std::min(kBlockFrames, frames - at);
     for (std::size_t c = 0; c < channels.size(); ++c) {
-      convertIn(channels[c] + at, audio[c], n);
+      const auto twin = static_cast<std::size_t>(std::ranges::find(channels, channels[c]) - channels.begin());
+      if (twin < c)
+        std::copy_n(audio[twin], n, audio[c]);
+      else
+        convertIn(channels[c] + at, audio[c], n);
       inputTable[c] = outputTable[c] = audio[c];
     }
     if (fadeIn || fadeOut)

@@ -1,6 +1,7 @@
 #include "core/StripEffect.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace corvane {
 
@@ -46,7 +47,7 @@ void StripEffect::followOutput(double a, double b) {
 }
 
 void StripEffect::followMono(const double* input, const double* output, int frames) {
-  keep(input, output, frames, false);
+  keep(input, output, frames);
 }
 
 void StripEffect::followInside(const double* samples) {
@@ -65,18 +66,31 @@ void StripEffect::followPair(const double* const* input, const double* const* ou
 // Meters in arrears: levels do not touch the sound, so a block is kept until the rack settles all places at
 // once, or until somebody asks.
 
-void StripEffect::keep(const double* first, const double* second, int frames, bool passed) {
+void StripEffect::keep(const double* first, const double* second, int frames) {
   settle();
   if (frames < 1) return;
   pending.frames = frames;
-  pending.passed = passed;
-  pending.inside = false;
+  pending.passed = pending.alike = pending.inside = false;
   std::copy_n(first, frames, pending.first);
   std::copy_n(second, frames, pending.second);
 }
 
-int StripEffect::jobs(LevelJob* to) const {
-  if (pending.frames == 0) return 0;
+void StripEffect::keepPassed(const double* left, const double* right, int frames) {
+  settle();
+  if (frames < 1) return;
+  pending.frames = frames;
+  pending.passed = true, pending.inside = false;
+  pending.alike = std::memcmp(left, right, sizeof(double) * static_cast<std::size_t>(frames)) == 0;
+  std::copy_n(left, frames, pending.first);
+  if (!pending.alike) std::copy_n(right, frames, pending.second);
+}
+
+bool StripEffect::followersAgree() const {
+  return inputFollower[0] == inputFollower[1] && inputFollower[0] == outputFollower[0] &&
+         inputFollower[0] == outputFollower[1];
+}
+
+int StripEffect::addJobs(LevelJob* to) {
   const auto job = [this](const double* samples, double level) {
     return LevelJob{samples, level, meterAttack, meterRelease};
   };
@@ -84,22 +98,25 @@ int StripEffect::jobs(LevelJob* to) const {
   if (!pending.passed) {
     to[1] = job(pending.second, outputFollower[0]);
     if (pending.inside) to[2] = job(pending.third, insideLevel);
-    return pending.jobs();
+    return pending.jobs = pending.inside ? 3 : 2;
   }
+  if (pending.alike && followersAgree()) return pending.jobs = 1;
+  const double* second = pending.alike ? pending.first : pending.second;
   to[1] = job(pending.first, outputFollower[0]);
-  to[2] = job(pending.second, inputFollower[1]);
-  to[3] = job(pending.second, outputFollower[1]);
-  return pending.jobs();
+  to[2] = job(second, inputFollower[1]);
+  to[3] = job(second, outputFollower[1]);
+  return pending.jobs = 4;
 }
 
 void StripEffect::take(const LevelJob* from) {
-  inputFollower[0] = from[0].level;
-  outputFollower[0] = from[1].level;
-  inputFollower[1] = pending.passed ? from[2].level : from[0].level;
-  outputFollower[1] = pending.passed ? from[3].level : from[1].level;
+  const auto level = [&](int k) { return from[k < pending.jobs ? k : 0].level; };
+  inputFollower[0] = level(0);
+  outputFollower[0] = level(1);
+  inputFollower[1] = pending.passed ? level(2) : level(0);
+  outputFollower[1] = pending.passed ? level(3) : level(1);
   inputLevel = std::max(inputFollower[0], inputFollower[1]);
   outputLevel = std::max(outputFollower[0], outputFollower[1]);
-  if (pending.inside) insideLevel = from[2].level;
+  if (pending.inside) insideLevel = level(2);
   pending.frames = 0;
 }
 
@@ -125,13 +142,13 @@ void StripEffect::settleMeters(std::span<StripEffect* const> modules) {
       continue;
     }
     frames = module->pending.frames;
-    count += static_cast<std::size_t>(module->jobs(all + count));
+    count += static_cast<std::size_t>(module->addJobs(all + count));
   }
   followLevels({all, count}, frames);
   std::size_t at = 0;
   for (StripEffect* module : modules) {
     if (!module || module->pending.frames == 0) continue;
-    const auto used = static_cast<std::size_t>(module->pending.jobs());
+    const auto used = static_cast<std::size_t>(module->pending.jobs);
     module->take(all + at);
     at += used;
   }
@@ -146,7 +163,7 @@ void StripEffect::writeMono(const double* samples, double** out, int frames) con
 void StripEffect::passThroughBlock(double** in, double** out, int frames) {
   const double* left = in[2 * inputPair];
   const double* right = in[2 * inputPair + 1];
-  keep(left, right, frames, true);
+  keepPassed(left, right, frames);
   for (int pair = 0; (outputPairs >> pair) != 0; ++pair) {
     if ((outputPairs >> pair & 1) == 0) continue;
     if (out[2 * pair] != left) std::copy_n(left, frames, out[2 * pair]);

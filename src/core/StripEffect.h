@@ -104,16 +104,19 @@ class StripEffect {
     int frames = 0;       ///< 0: nothing to do
     bool inside = false;  ///< `third` holds samples
     bool passed = false;  ///< both channels of a pair, in and out alike; else one channel's input and output
+    bool alike = false;   ///< passed, and `first` holds the samples of both channels
     alignas(16) double first[kBlockFrames];
     alignas(16) double second[kBlockFrames];
     alignas(16) double third[kBlockFrames];
-
-    int jobs() const { return frames == 0 ? 0 : passed ? 4 : inside ? 3 : 2; }
+    int jobs = 0;  ///< what `addJobs` made of it
   };
 
   void settle();
-  void keep(const double* first, const double* second, int frames, bool passed);
-  int jobs(LevelJob* to) const;
+  void keep(const double* first, const double* second, int frames);
+  void keepPassed(const double* left, const double* right, int frames);
+  /// Every follower of the pair stands at the same level.
+  bool followersAgree() const;
+  int addJobs(LevelJob* to);
   void take(const LevelJob* from);
 
   Pending pending;

@@ -13,6 +13,7 @@ namespace corvane {
 namespace {
 
 constexpr double kFlushMatters = 1e-12;  // below this level the flush acts on nearly every sample
+constexpr int kRun = 16;                 // samples that are looked at together
 constexpr std::size_t kWidest = 4;       // pairs that run side by side: enough to fill the time of one chain
 
 Pair magnitudes(const LevelJob& a, const LevelJob& b, int i) {
@@ -32,19 +33,40 @@ bool runSideBySide(LevelJob* const* jobs, int frames) {
   }
   const Pair e = both(kMeterFlush);
   PairMask acted{};
-  for (int i = 0; i < frames; ++i)
-    for (std::size_t k = 0; k < Pairs; ++k) {
-      const Pair distance = magnitudes(*jobs[2 * k], *jobs[2 * k + 1], i) - level[k];
-      const Pair rise = distance * attack[k], fall = distance * release[k];
-      const Pair moved = level[k] + (rise > fall ? rise : fall);
-      const Pair flushedLevel = (moved + e) - e;
-      if constexpr (Flush) {
-        level[k] = flushedLevel;
-      } else {
-        acted |= flushedLevel != moved;
-        level[k] = moved;
+  const auto run = [&]<bool kFalling>(int from, int to) {
+    for (int i = from; i < to; ++i)
+      for (std::size_t k = 0; k < Pairs; ++k) {
+        const Pair distance = magnitudes(*jobs[2 * k], *jobs[2 * k + 1], i) - level[k];
+        const Pair fall = distance * release[k];
+        Pair moved = level[k] + fall;
+        if constexpr (!kFalling) {
+          const Pair rise = distance * attack[k];
+          moved = level[k] + (rise > fall ? rise : fall);
+        }
+        const Pair flushedLevel = (moved + e) - e;
+        if constexpr (Flush) {
+          level[k] = flushedLevel;
+        } else {
+          acted |= flushedLevel != moved;
+          level[k] = moved;
+        }
       }
+  };
+  // In most runs no sample reaches the level: then nothing needs choosing on the way.
+  for (int from = 0; from < frames; from += kRun) {
+    const int to = std::min(from + kRun, frames);
+    constexpr std::int64_t kAlways =
+        Flush ? -1 : 0;  // a flush can take a level below what its release leaves
+    PairMask reached{kAlways, kAlways};
+    for (std::size_t k = 0; k < Pairs; ++k) {
+      const Pair lowest = level[k] * (1.0 - 2.0 * kRun * release[k]);  // the level falls by half of that
+      for (int i = from; i < to; ++i) reached |= magnitudes(*jobs[2 * k], *jobs[2 * k + 1], i) > lowest;
     }
+    if ((reached[0] | reached[1]) != 0)
+      run.template operator()<false>(from, to);
+    else
+      run.template operator()<true>(from, to);
+  }
   if ((acted[0] | acted[1]) != 0) return false;
   for (std::size_t k = 0; k < Pairs; ++k)
     jobs[2 * k]->level = level[k][0], jobs[2 * k + 1]->level = level[k][1];
