@@ -4,6 +4,8 @@
 #include <cmath>
 
 #include "core/StripEffect.h"
+#include "core/dsp/FastMath.h"
+#include "core/dsp/Staggered.h"
 
 namespace corvane::preamp {
 
@@ -121,26 +123,61 @@ void ColourStage::runCrosstalk(Pair* samples, int frames) {
   for (int i = 0; i < frames; ++i) samples[i] -= swapped(other[i]) * console->crosstalkGain;
 }
 
+void ColourStage::runConsole(Pair* samples, int frames) {
+  double levels[kBlockFrames];
+  runCrosstalk(samples, frames);
+  if (colour == Colour::console60s)
+    pushPull.run(samples, levels, frames);
+  else
+    parabola.run(samples, levels, frames);
+  meter.follow(levels, frames, controlShare);
+  runSection(lowTone, samples, frames);
+}
+
+CORVANE_WIDE_LOOPS bool ColourStage::runParabolaTogether(Pair* samples, int frames) {
+  BareSection band(crosstalkBand), highPass(parabola.steps().filter), tone(lowTone);
+  auto model = parabola.steps();
+  const double crosstalk = console->crosstalkGain, share = controlShare;
+  double lamp = meter.level, levels[kBlockFrames];
+  Pair coupled[kBlockFrames], bent[kBlockFrames], shaped[kBlockFrames], out[kBlockFrames];
+  PairMask clipFlushed{};
+  bool lampFlushed = false;
+  staggered(
+      frames, [&](int i) { coupled[i] = samples[i] - swapped(band.step(samples[i])) * crosstalk; },
+      [&](int i) { bent[i] = model.bend(coupled[i], levels[i]); },
+      [&](int i) {
+        const Pair moved = model.moved(bent[i]);
+        clipFlushed |= flushed(moved, ConsoleParabola::Steps::kClipFlush) != moved;
+        model.clip = moved;
+        shaped[i] = model.lopsided(bent[i]);
+        lamp = SaturationMeter::moved(lamp, std::min(levels[i], 1.0), share);
+        lampFlushed |= flushed(lamp, SaturationMeter::kFlush) != lamp;
+      },
+      [&](int i) { shaped[i] = model.output(highPass.step(shaped[i])); },
+      [&](int i) { out[i] = tone.step(shaped[i]); });
+  if (!band.isExact() || !highPass.isExact() || !tone.isExact() || lampFlushed ||
+      (clipFlushed[0] | clipFlushed[1]) != 0)
+    return false;
+  model.filter = highPass.section;
+  parabola.store(model);
+  crosstalkBand = band.section, lowTone = tone.section;
+  meter.level = lamp;
+  std::copy_n(out, frames, samples);
+  return true;
+}
+
 void ColourStage::process(double* left, double* right, int frames) {
   if (frames < 1) return;
   Pair x[kBlockFrames];
-  double levels[kBlockFrames];
   for (int i = 0; i < frames; ++i) x[i] = numbersOrZero(Pair{left[i], right[i]});
   moveControls();
   addHiss(x, frames);
 
   runInput(x, frames);
-  if (colour == Colour::converter90s) {
+  if (colour == Colour::converter90s)
     converter.run(x, frames, hiss.generators[0], meter, controlShare);
-  } else {
-    runCrosstalk(x, frames);
-    if (colour == Colour::console60s)
-      pushPull.run(x, levels, frames);
-    else
-      parabola.run(x, levels, frames);
-    meter.follow(levels, frames, controlShare);
-    runSection(lowTone, x, frames);
-  }
+  else if (colour == Colour::console60s || !runParabolaTogether(x, frames))
+    runConsole(x, frames);
   for (int i = 0; i < frames; ++i) {
     const Pair y = numbersOrZero(x[i]) * compensation;
     left[i] = y[0], right[i] = y[1];

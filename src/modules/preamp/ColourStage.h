@@ -54,6 +54,11 @@ class ColourStage {
   void addHiss(Pair* samples, int frames);
   void runInput(Pair* samples, int frames);
   void runCrosstalk(Pair* samples, int frames);
+  /// Crosstalk, model, meter and low tone, one behind the other.
+  void runConsole(Pair* samples, int frames);
+  /// The same for the parabola, all in one loop; false, and nothing changed, where a flush or a guard against
+  /// not-a-number would have acted.
+  bool runParabolaTogether(Pair* samples, int frames);
 
   double sampleRate;
   Colour colour = Colour::console70s;

@@ -8,7 +8,6 @@ namespace {
 
 constexpr double kClipRadians = 18849.55592153876;       // 2 pi 3 kHz
 constexpr double kHighPassRadians = 12.566370614359172;  // 2 pi 2 Hz
-constexpr double kClipFlush = 1e-16;
 constexpr double kOffset70s = 0.0015396885326702942;
 constexpr double kMeter70s = 1.399999976158142, kMeter80s = 1.6800000667572021;
 constexpr double kLift80s = 1.258925411794167;  // 2 dB
@@ -26,8 +25,6 @@ BiquadCoefficients designHighPass(double sampleRateHz) {
   return design;
 }
 
-Pair timesAbsolute(Pair v) { return v * absolute(v); }
-
 }  // namespace
 
 void ConsoleParabola::setSampleRate(double hz) {
@@ -42,23 +39,14 @@ void ConsoleParabola::reset() {
 }
 
 void ConsoleParabola::run(Pair* samples, double* levels, int frames) {
-  SectionPair filter = highPass;
-  Pair clip = clipState;
-  const Pair bias = offset;
-  const double share = clipShare, in = inTrim, meter = meterFactor, up = lift, out = outTrim;
+  Steps local = steps();
   for (int i = 0; i < frames; ++i) {
-    Pair v = in * numbersOrZero(samples[i]) * 0.7071 * 0.7071 * 0.25;
-    v = smaller(larger(v, both(-4.0)), both(4.0));
-    levels[i] = largerLane(meter * absolute(v));
-    const Pair t = v / 2.0;
-    const Pair u = 2.0 * (t - timesAbsolute(t) / 4.0);
-    clip = flushed(clip + (bias + u - clip) * share, kClipFlush);
-    const Pair w = 8.0 * 1.4142 * (u - timesAbsolute(clip) / 4.0);
-    filter.step(w);
-    samples[i] = filter.y1 * 1.4142 * up * out;
+    const Pair u = local.bend(samples[i], levels[i]);
+    local.clip = flushed(local.moved(u), Steps::kClipFlush);
+    local.filter.step(local.lopsided(u));
+    samples[i] = local.output(local.filter.y1);
   }
-  clipState = clip;
-  highPass = filter;
+  store(local);
 }
 
 void ConsoleParabola::configure(Colour colour) {

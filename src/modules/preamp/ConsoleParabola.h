@@ -27,6 +27,47 @@ class ConsoleParabola {
   /// In place; writes the drive of each sample to `levels`, for the meter.
   void run(Pair* samples, double* levels, int frames);
 
+  /// The stage over a block step by step, for a loop that runs other stages beside it.
+  class Steps {
+   public:
+    explicit Steps(const ConsoleParabola& stage)
+        : filter(stage.highPass),
+          clip(stage.clipState),
+          bias(stage.offset),
+          share(stage.clipShare),
+          in(stage.inTrim),
+          meter(stage.meterFactor),
+          lift(stage.lift),
+          out(stage.outTrim) {}
+
+    /// The first curve, and the drive of the sample.
+    Pair bend(Pair sample, double& level) const {
+      Pair v = in * numbersOrZero(sample) * 0.7071 * 0.7071 * 0.25;
+      v = smaller(larger(v, both(-4.0)), both(4.0));
+      level = largerLane(meter * absolute(v));
+      const Pair t = v / 2.0;
+      return 2.0 * (t - timesAbsolute(t) / 4.0);
+    }
+    /// The way of the second curve's state on from `u`, not flushed.
+    Pair moved(Pair u) const { return clip + (bias + u - clip) * share; }
+    /// The second curve, behind the new state.
+    Pair lopsided(Pair u) const { return 8.0 * 1.4142 * (u - timesAbsolute(clip) / 4.0); }
+    /// Level behind the high-pass `y`.
+    Pair output(Pair y) const { return y * 1.4142 * lift * out; }
+
+    static constexpr double kClipFlush = 1e-16;
+    SectionPair filter;
+    Pair clip;
+
+   private:
+    static Pair timesAbsolute(Pair v) { return v * absolute(v); }
+
+    Pair bias;
+    double share, in, meter, lift, out;
+  };
+  Steps steps() const { return Steps(*this); }
+  void store(const Steps& steps) { highPass = steps.filter, clipState = steps.clip; }
+
  private:
   SectionPair highPass = alike();
   Pair offsetTrim, offset{};

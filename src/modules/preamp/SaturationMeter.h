@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+
 #include "core/dsp/Flush.h"
 
 namespace corvane::preamp {
@@ -18,6 +20,9 @@ struct SaturationMeter {
     }
     level = v;
   }
+
+  /// One step from `v` without the flush, for `m` up to 1 and a share below 1.
+  static double moved(double v, double m, double share) { return std::max(m, v + (m - v) * share); }
 
   static constexpr double kFlush = 1e-15;
 };
