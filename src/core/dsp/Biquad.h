@@ -34,8 +34,9 @@ struct BiquadHistory {
   double y0 = 0.0, y1 = 0.0, y2 = 0.0;
 };
 
-inline constexpr int kBlockFrames = 64;        // the rack's sub-block: no module sees a longer one
-inline constexpr double kFilterFlush = 1e-30;  // -600 dBFS: rounds away what would turn denormal
+inline constexpr int kBlockFrames = 64;               // the rack's sub-block: no module sees a longer one
+inline constexpr double kFilterFlush = 1e-30;         // -600 dBFS: rounds away what would turn denormal
+inline constexpr double kFilterFlushMatters = 1e-13;  // the flush changes no number from here on
 
 /// Shared section design after the bilinear cookbook formulas, with Q bent towards the top of the band so
 /// that shelves and bells keep their width there. Frequencies above 0.499 of the rate are designed at that

@@ -19,11 +19,13 @@ struct OnePole {
   double a0, lp;
 
   OnePole(const BiquadCoefficients& set, const BiquadHistory& h) : a0(set.a0), lp(h.y0) {}
+  template <bool kFlush>
   double step(double x0) {
-    lp = flushed(lp + (x0 - lp) * a0, kFilterFlush);
+    const double moved = lp + (x0 - lp) * a0;
+    lp = kFlush ? flushed(moved, kFilterFlush) : moved;
     return kind == SectionType::onePoleLow ? lp : x0 - lp;
   }
-  bool isPoisoned() const { return std::isnan(lp); }
+  double state() const { return lp; }
   void store(BiquadHistory& h) const { h.y0 = lp; }
 };
 

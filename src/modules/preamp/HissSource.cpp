@@ -3,6 +3,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "core/dsp/FastMath.h"
+
 namespace corvane::preamp {
 
 namespace {
@@ -58,7 +60,7 @@ void HissSource::reset() {
   filters.clearHistory();
 }
 
-void HissSource::draw(Pair* hiss, int frames, double level) {
+CORVANE_WIDE_LOOPS void HissSource::draw(Pair* hiss, int frames, double level) {
   NoiseGenerator left = generators[0], right = generators[1];
   Pair s = state;
   for (int i = 0; i < frames; ++i) {
@@ -70,6 +72,6 @@ void HissSource::draw(Pair* hiss, int frames, double level) {
   state = s;
 }
 
-void HissSource::shape(Pair* hiss, int frames) { filters.run(hiss, frames); }
+CORVANE_WIDE_LOOPS void HissSource::shape(Pair* hiss, int frames) { filters.run(hiss, frames); }
 
 }  // namespace corvane::preamp
