@@ -4,6 +4,7 @@
 #include <complex>
 #include <numbers>
 
+#include "core/dsp/RunTogether.h"
 #include "core/dsp/SectionShape.h"
 
 namespace corvane {
@@ -41,26 +42,13 @@ double magnitude(const BiquadCoefficients& c, double hz, double sampleRateHz) {
 }
 
 void filterBlock(double* samples, int count, const BiquadCoefficients& c, BiquadHistory& h) {
-  // A not-a-number once in the recursion stays in it, so one look at the end tells whether the guards of
-  // filterSample would have acted; then the block is run again with them.
-  double x1 = h.x1, x2 = h.x2, y1 = h.y1, y2 = h.y2;
-  double out[kBlockFrames];
   while (count > 0) {
     const int n = std::min(count, kBlockFrames);
-    double x0 = h.x0, y0 = h.y0;
-    for (int i = 0; i < n; ++i) {
-      x0 = samples[i];
-      y0 = flushed(c.b0 * x0 + c.b1 * x1 + c.b2 * x2 - c.a1 * y1 - c.a2 * y2, kFilterFlush);
-      x2 = x1, x1 = x0, y2 = y1, y1 = y0;
-      out[i] = y0;
-    }
-    if (std::isnan(y0)) {
+    SecondOrder section(c, h);
+    if (runTogether(samples, n, section))
+      section.store(h);
+    else
       for (int i = 0; i < n; ++i) samples[i] = filterSample(samples[i], c, h);
-      x1 = h.x1, x2 = h.x2, y1 = h.y1, y2 = h.y2;
-    } else {
-      std::copy_n(out, n, samples);
-      h = {x0, x1, x2, y0, y1, y2};
-    }
     samples += n;
     count -= n;
   }

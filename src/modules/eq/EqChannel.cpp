@@ -117,15 +117,16 @@ void EqChannel::runPlain(int type, const double* input, double* output, int fram
 
 namespace {
 
-template <bool kAnalog, typename Take>
+template <bool kAnalog, FlushForm kFlush, typename Take>
 bool bellformSettled(EqSection (&bellform)[kBands], const double* input, int frames, const BlockGains& gains,
                      Take take) {
   constexpr Character kCharacter = kAnalog ? Character::withinRecursion : Character::none;
   const auto section = [&](int k) -> EqSection& { return bellform[kSeriesOrder[k]]; };
   const auto fade = [&](int k) { return gains.fade[kSeriesOrder[k]].at(0); };
   EqSectionPair a{section(0), section(2)}, b{section(1), section(3)};
-  runFour<kCharacter>(a, b, Pair{fade(0), fade(2)}, Pair{fade(1), fade(3)}, input, frames, take);
-  if (a.filter.isPoisoned() || b.filter.isPoisoned()) return false;
+  if (kFlush == FlushForm::bare && (a.isSmall() || b.isSmall())) return false;
+  runFour<kCharacter, kFlush>(a, b, Pair{fade(0), fade(2)}, Pair{fade(1), fade(3)}, input, frames, take);
+  if (!a.isExact() || !b.isExact()) return false;
   a.store(section(0), section(2)), b.store(section(1), section(3));
   return true;
 }
@@ -141,9 +142,9 @@ bool lumenbandSettled(Stages (&lumenband)[kBands], const double* input, int fram
   EqSectionPair a{stages(0).stage1, stages(1).stage1}, b{stages(0).stage2, stages(1).stage2};
   EqSectionPair c{stages(2).stage1, stages(3).stage1}, d{stages(2).stage2, stages(3).stage2};
   double between[kBlockFrames];
-  runFour<kCharacter>(a, b, fades(0), fades(0), input, frames,
-                      [&between](int i, double x) { between[i] = x; });
-  runFour<kCharacter>(c, d, fades(2), fades(2), between, frames, take);
+  runFour<kCharacter, FlushForm::within>(a, b, fades(0), fades(0), input, frames,
+                                         [&between](int i, double x) { between[i] = x; });
+  runFour<kCharacter, FlushForm::within>(c, d, fades(2), fades(2), between, frames, take);
   for (const EqSectionPair* pair : {&a, &b, &c, &d})
     if (pair->filter.isPoisoned()) return false;
   a.store(stages(0).stage1, stages(1).stage1), b.store(stages(0).stage2, stages(1).stage2);
@@ -163,14 +164,14 @@ bool tonboxSettled(EqSection& toneHigh, EqSection& toneLow, Edges& hm, Edges& lm
   staggered(
       frames,
       [&](int i) {
-        fromOuter[i] = outer.template recursion<kCharacter>(both(input[i]));
-        fromLow[i] = low.template recursion<kCharacter>(both(input[i]));
+        fromOuter[i] = outer.template recursion<kCharacter, FlushForm::within>(both(input[i]));
+        fromLow[i] = low.template recursion<kCharacter, FlushForm::within>(both(input[i]));
       },
       [&](int i) {
         shelves[i] = both(input[i]) - outer.template behind<kCharacter>(fromOuter[i]);
         above[i] = both(input[i]) - low.template behind<kCharacter>(fromLow[i]);
       },
-      [&](int i) { fromHigh[i] = high.template recursion<kCharacter>(above[i]); },
+      [&](int i) { fromHigh[i] = high.template recursion<kCharacter, FlushForm::within>(above[i]); },
       [&](int i) { bells[i] = above[i] - high.template behind<kCharacter>(fromHigh[i]); },
       [&](int i) {
         take(i, input[i] + loShare * shelves[i][0] + hiShare * shelves[i][1] + hmShare * bells[i][0] +
@@ -195,9 +196,16 @@ bool EqChannel::runSettled(int type, const double* input, double* output, double
     output[i] = x * gain;
     levels[i] = analogLevel(output[i], coefficient, state);
   };
+  const auto bellformAs = [&]<FlushForm kFlush>() {
+    state = analog;
+    return bellformSettled<kAnalog, kFlush>(bellform, input, frames, gains, take);
+  };
   bool done = false;
   switch (type) {
-    case kBellform: done = bellformSettled<kAnalog>(bellform, input, frames, gains, take); break;
+    case kBellform:
+      done = bellformAs.template operator()<FlushForm::bare>() ||
+             bellformAs.template operator()<FlushForm::within>();
+      break;
     case kLumenband: done = lumenbandSettled<kAnalog>(lumenband, input, frames, gains, take); break;
     default:
       done = tonboxSettled<kAnalog>(tonbox.toneHigh, tonbox.toneLow, tonbox.hm, tonbox.lm, input, frames,

@@ -15,6 +15,10 @@ inline V crossfade(V dry, V wet, V fade) {
 /// Where the analog character of a section sits.
 enum class Character { none, withinRecursion, behindRecursion };
 
+/// Where a section's flush acts: in the recursion, or, as long as no output is so small that the flush would
+/// change it, nowhere, so that a recursion waits for two additions less.
+enum class FlushForm { bare, within };
+
 /// Two sections at rest, side by side in the lanes of a Pair: the settled form of `EqSection`, with the same
 /// arithmetic and so the same bits, but without its guards against not-a-number. Recursion and what stands
 /// behind it are apart, since they can work on different frames.
@@ -23,11 +27,19 @@ struct EqSectionPair {
   EqSectionPair(const EqSection& first, const EqSection& second);
 
   /// One sample of each through the recursion.
-  template <Character kCharacter>
+  template <Character kCharacter, FlushForm kFlush>
   Pair recursion(Pair x);
   /// One sample of each, as it came from the recursion, through what stands behind it.
   template <Character kCharacter>
   Pair behind(Pair y);
+
+  /// Whether the flush has something to do from the start.
+  bool isSmall() const {
+    const PairMask now = absolute(filter.y1) < kFilterFlushMatters;
+    return (now[0] | now[1]) != 0;
+  }
+  /// Whether guards and, if it was left out, the flush would have changed nothing.
+  bool isExact() const { return !filter.isPoisoned() && (small[0] | small[1]) == 0; }
 
   /// Hands the memory back, behind one sample or more.
   void store(EqSection& first, EqSection& second) const;
@@ -36,6 +48,7 @@ struct EqSectionPair {
   Pair feedbackDrive;
   TrackCoefficients<Pair> trackCoefficients;
   Track<Pair> track;
+  PairMask small{};  ///< outputs that a flush could have changed, where it was left out
 };
 
 inline EqSectionPair::EqSectionPair(const EqSection& first, const EqSection& second)
@@ -57,11 +70,14 @@ inline void EqSectionPair::store(EqSection& first, EqSection& second) const {
   }
 }
 
-template <Character kCharacter>
+template <Character kCharacter, FlushForm kFlush>
 inline Pair EqSectionPair::recursion(Pair x) {
   Pair y = biquadSum(x, filter, filter);
   if constexpr (kCharacter == Character::withinRecursion) y = softened(y, feedbackDrive);
-  y = flushed(y, kFilterFlush);
+  if constexpr (kFlush == FlushForm::within)
+    y = flushed(y, kFilterFlush);
+  else
+    small |= absolute(y) < kFilterFlushMatters;
   filter.push(x, y);
   return y;
 }
@@ -87,7 +103,7 @@ inline void takeLane(int lane, Track<Pair>& to, const Track<Pair>& from) {
 /// third and fourth and works `kLag` frames behind, on what lane 0 made then. So no recursion waits for
 /// another. At either end of the block one lane has no frame: what it does there is undone. `take`: void (int
 /// frame, double sample).
-template <Character kCharacter, typename Take>
+template <Character kCharacter, FlushForm kFlush, typename Take>
 inline void runFour(EqSectionPair& pairA, EqSectionPair& pairB, Pair fadeA, Pair fadeB, const double* input,
                     int frames, Take take) {
   constexpr bool kTracks = kCharacter == Character::behindRecursion;
@@ -106,7 +122,7 @@ inline void runFour(EqSectionPair& pairA, EqSectionPair& pairB, Pair fadeA, Pair
   const auto recursionA = [&](int i) {
     atEdge(i, a.filter, startA.filter, endA.filter);
     inA[i] = Pair{i < frames ? input[i] : 0.0, i < kLag ? 0.0 : out[i - kLag][0]};
-    fromA[i] = a.template recursion<kCharacter>(inA[i]);
+    fromA[i] = a.template recursion<kCharacter, kFlush>(inA[i]);
   };
   const auto behindA = [&](int i) {
     if constexpr (kTracks) atEdge(i, a.track, startA.track, endA.track);
@@ -114,7 +130,7 @@ inline void runFour(EqSectionPair& pairA, EqSectionPair& pairB, Pair fadeA, Pair
   };
   const auto recursionB = [&](int i) {
     atEdge(i, b.filter, startB.filter, endB.filter);
-    fromB[i] = b.template recursion<kCharacter>(inB[i]);
+    fromB[i] = b.template recursion<kCharacter, kFlush>(inB[i]);
   };
   const auto behindB = [&](int i) {
     if constexpr (kTracks) atEdge(i, b.track, startB.track, endB.track);
