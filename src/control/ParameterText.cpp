@@ -167,8 +167,10 @@ std::optional<double> typedValue(const Shown& shown, const std::string& text) {
   if (row && row->entry.kind == Entry::Kind::typed) {
     const char* entered = isZeroWithUnit(text) ? "0" : text.c_str();
     double value = 0.0;
-    if (!row->entry.read(*row, entered, &value)) return std::nullopt;
-    return std::clamp(value, 0.0, 1.0);  // some entries take a little more than their taper spans
+    if (row->entry.read(*row, entered, &value))
+      return std::clamp(value, 0.0, 1.0);  // some entries take a little more than their taper spans
+    // what the display shows can be typed back, also where the entry knows numbers alone ("Off")
+    return findWord(shown, [&](const std::string& display) { return sameWord(trimmed(display), text); });
   }
   auto found = searchStrictly(shown, text);
   if (!found && shown.steps == 1) found = switchValue(text);
@@ -238,7 +240,9 @@ bool valueFromTyped(int id, int insertIndex, const char* text, double* value) {
     family = isFixed(place) ? &familyOfKind(kRack[static_cast<std::size_t>(place)].kind)
                             : familyOfInsertIndex(insertIndex);
   std::optional<double> found;
-  if (own && !isFixed(place) && (!family || !findRow(*family, offset)))
+  if (place >= 0 && offset == kTypeOffset && sameWord(plain, "off"))
+    found = 0.0;
+  else if (own && !isFixed(place) && (!family || !findRow(*family, offset)))
     found = bareValue(plain);
   else
     found =

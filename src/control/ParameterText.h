@@ -20,9 +20,10 @@ void parameterDisplay(int id, int insertIndex, double value, char* text);
 bool parameterFromText(int id, const char* text, double* value);
 
 /// What a person types, by one road for all: the module's own entry where it has one, the general search
-/// otherwise, but strict. False, and `value` as it was, for a text that fits nothing. Words are taken in
-/// any case, variants and modules by name, switches also as on, off, 1 and 0, zeros also with a unit ("0
-/// dB"). Own parameters of an insert take the bare value 0..1.
+/// otherwise, but strict. False, and `value` as it was, for a text that fits nothing. What a display shows
+/// can be typed back, in any case; variants and modules go by name, "off" empties a place; switches also
+/// take on, off, 1 and 0; zeros may have a unit ("0 dB"). Own parameters of an insert take the bare value
+/// 0..1.
 bool valueFromTyped(int id, const char* text, double* value);
 
 /// As above, with the module of `insertIndex` in the insert that `id` belongs to: its own parameters take

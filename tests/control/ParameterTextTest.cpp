@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -102,6 +103,44 @@ TEST(ParameterText, TypesPositionsAndSwitchesAreTakenByName) {
   EXPECT_EQ(typed(116, "1"), 1.0);
   EXPECT_EQ(typed(0, "Off"), 0.0);
   EXPECT_EQ(typed(kMeasurementPoint, "post"), 2 / 3.0);
+}
+
+TEST(ParameterText, OffEmptiesAPlaceAndEverySwitchKnowsOnAndOff) {
+  for (const Place& place : kRack)
+    for (const char* off : {"off", "Off", "OFF"})
+      EXPECT_EQ(typed(place.parameterBase, off), 0.0) << place.prefix;
+  EXPECT_EQ(searched(112, "Off"), 0.0) << "a host's road: no word fits";
+  for (int id = 0; id < kParameters; ++id) {
+    const int place = placeOfParameter(id);
+    const bool bare =
+        place >= kFixedPlaces && id - kRack[static_cast<std::size_t>(place)].parameterBase >= kFirstOwnOffset;
+    if (parameterSteps(id) != 1 || !(parameterKind(id) & kKindStored) || bare) continue;
+    EXPECT_EQ(typed(id, "On"), 1.0) << id;
+    EXPECT_EQ(typed(id, "oFF"), 0.0) << id;
+  }
+}
+
+// the default, the ends and a third of the way: enough to meet every form a display has
+TEST(ParameterText, WhatADisplayShowsCanBeTypedBackInAnyCase) {
+  for (const ModuleFamily* family : moduleFamilies())
+    for (const Row& row : family->rows) {
+      if (row.offset < kFirstOwnOffset) continue;
+      const int id = kRack[kInsertX].parameterBase + row.offset;
+      const int module = family->firstInsertIndex + family->variants.front().type - 1;
+      for (const double p : {row.defaultValue, 0.0, 0.3, 1.0}) {
+        char text[kTextBytes] = "", again[kTextBytes] = "";
+        parameterDisplay(id, module, p, text);
+        if (text[0] == '\0' || std::string(text) == "undef") continue;
+        for (const bool upper : {false, true}) {
+          std::string entered = text;
+          for (char& c : entered) c = static_cast<char>(upper ? std::toupper(c) : std::tolower(c));
+          const double value = typed(id, entered.c_str(), module);
+          ASSERT_GE(value, 0.0) << row.name << " refuses its own " << entered;
+          parameterDisplay(id, module, value, again);
+          EXPECT_STREQ(again, text) << row.name << " at " << p;
+        }
+      }
+    }
 }
 
 TEST(ParameterText, EveryModuleOfAnInsertIsFoundByItsName) {
