@@ -1,7 +1,7 @@
 # Two commands do everything on a fresh Debian 12: `make demo` and `make test`.
 # They install what packages.txt lists and this machine lacks, build in build/, and run.
 
-.PHONY: all build demo test sanitize tsan bench audition lint clean
+.PHONY: all build demo test sanitize tsan bench audition docs lint clean
 
 all: build
 
@@ -43,6 +43,10 @@ audition:
 	@cmake --preset release --log-level=WARNING
 	@cmake --build build --target corvane_audition
 	@build/corvane_audition --category "$(CATEGORY)" --preset "$(PRESET)"
+
+# The printed reference of all parameters.
+docs: build
+	@build/corvane params --markdown > docs/parameters.md
 
 lint: build
 	@sh packages.sh packages-lint.txt

@@ -7,6 +7,7 @@
 #include "core/ParameterBank.h"
 #include "corvane/Failure.h"
 #include "corvane/ParameterNames.h"
+#include "corvane/ParameterReference.h"
 #include "corvane/ParameterWords.h"
 #include "corvane/RenderCommand.h"
 #include "corvane/Words.h"
@@ -118,10 +119,16 @@ void addParamsCommand(CLI::App& app, ParamsOptions& o) {
   params->add_option("--insert", o.insert, "Shows InsX and InsY with this module in them")
       ->type_name("MODULE");
   params->add_flag("--json", o.json, "For machines");
+  params->add_flag("--markdown", o.markdown, "Prints the reference of all parameters as a page")
+      ->excludes("--json");
   params->footer(kExamples);
 }
 
 int runParams(const ParamsOptions& options, Console& console) {
+  if (options.markdown) {
+    console.print("{}", parameterReference());
+    return kDone;
+  }
   std::vector<std::string> inserted;
   if (!options.insert.empty())
     for (const char* type : {"InsX:Type=", "InsY:Type="}) inserted.push_back(type + options.insert);

@@ -16,7 +16,7 @@ struct ParamsOptions {
   std::string filter;
   std::vector<std::string> texts, parses;
   std::string insert;
-  bool json = false;
+  bool json = false, markdown = false;
 };
 
 void addParamsCommand(CLI::App& app, ParamsOptions& options);
