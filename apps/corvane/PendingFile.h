@@ -3,31 +3,26 @@
 #include <filesystem>
 #include <string_view>
 
+#include "platform/system/PendingFile.h"
+
 namespace corvane::cli {
 
-/// A file that exists under its name only when it is whole.
-///
-/// Bytes go to a temporary name in the same folder; `commit` flushes them to the disk and renames. Without a
-/// commit the destructor removes the temporary file, and what stood under the name stays. A symbolic link is
-/// followed: its target is what is replaced. The new file keeps the permissions of the one it replaces.
+/// A file that exists under its name only when it is whole, for a person at a terminal: what cannot be
+/// written is a Failure that names the file as the person did.
 class PendingFile {
  public:
-  /// Throws Failure where no file can be made.
   explicit PendingFile(const std::filesystem::path& target);
-  ~PendingFile();
-  PendingFile(const PendingFile&) = delete;
-  PendingFile& operator=(const PendingFile&) = delete;
 
   /// Open for writing, from the start; owned by this object.
-  int descriptor() const { return fd; }
+  int descriptor() const { return file.descriptor(); }
   void write(std::string_view bytes);
   void commit();
 
  private:
-  std::filesystem::path asked;   ///< as the user wrote it, for messages
-  std::filesystem::path target;  ///< links resolved
-  std::filesystem::path temporary;
-  int fd = -1;
+  [[noreturn]] void fail(const std::string& why) const;
+
+  std::filesystem::path asked;  ///< as the user wrote it
+  platform::PendingFile file;
 };
 
 /// The whole text at once.

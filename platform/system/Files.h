@@ -14,9 +14,7 @@ using Bytes = std::vector<std::uint8_t>;
 /// for pipes and devices, which are never waited for.
 bool readFile(const std::filesystem::path& path, std::size_t limit, Bytes* content, std::string* why);
 
-/// Replaces a file so that after a crash, a full disk or a lost power supply either the old content stands
-/// there or the new one: written beside it, flushed to the disk, then renamed. A link is followed. On failure
-/// false, the reason in `why`, and the old file untouched.
+/// The whole of a `PendingFile` at once: false, the reason in `why`, and the old file untouched on failure.
 bool writeFileSafely(const std::filesystem::path& path, std::span<const std::uint8_t> content,
                      std::string* why);
 
