@@ -58,9 +58,10 @@ bool PendingFile::open(const fs::path& path, std::string* why) {
   if (replaces && !S_ISREG(old.st_mode)) return refuse(why, "it is not a regular file");
   if (replaces && ::access(target.c_str(), W_OK) != 0) return refuse(why);
   if (target.filename().empty()) return refuse(why, "it names no file");
+  folder = folderOf(target);
   const mode_t mode = replaces ? old.st_mode & 07777 : 0666;
   for (int i = 0; i < kNameTries && fd < 0; ++i) {
-    fs::path name = temporaryName(folderOf(target));
+    fs::path name = temporaryName(folder);
     fd = ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (fd >= 0)
       temporary = std::move(name);
@@ -87,7 +88,7 @@ bool PendingFile::commit(std::string* why) {
   if (::close(std::exchange(fd, -1)) != 0) return refuse(why);
   if (::rename(temporary.c_str(), target.c_str()) != 0) return refuse(why);
   temporary.clear();
-  flushFolder(folderOf(target));
+  flushFolder(folder);
   return true;
 }
 

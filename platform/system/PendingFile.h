@@ -32,6 +32,7 @@ class PendingFile {
   void abandon();
 
   std::filesystem::path target;     ///< links resolved
+  std::filesystem::path folder;     ///< of the target, kept so that `commit` needs no memory
   std::filesystem::path temporary;  ///< empty when there is none
   int fd = -1;
 };
