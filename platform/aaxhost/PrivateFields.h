@@ -90,7 +90,7 @@ class PrivateFields final : public AAX_IPrivateDataAccess {
 
   /// While sound runs, larger fields are the process function's alone: they hold objects, of which a copy is
   /// of no use, and each block would pay for it.
-  static constexpr std::uint32_t kLargestWindow = 16384;
+  static constexpr std::uint32_t kLargestWindow = 8192;
 
  private:
   struct Held {
