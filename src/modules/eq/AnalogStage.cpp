@@ -83,7 +83,7 @@ inline double gainAt(double l) {
 }
 
 template <int kType>
-void applyGains(const double* levels, double* samples, int frames) {
+[[gnu::always_inline]] inline void applyGains(const double* levels, double* samples, int frames) {
   // Below this level the series serves for both half-waves; a bend only takes t further down.
   constexpr double kSafe =
       kSeriesEnd * std::min(kLaws[kType - kBellform].above.scale, kLaws[kType - kBellform].below.scale);
@@ -112,7 +112,7 @@ double analogGain(int type, double l) {
   }
 }
 
-void applyAnalog(int type, bool on, const double* levels, double* samples, int frames) {
+CORVANE_WIDE_LOOPS void applyAnalog(int type, bool on, const double* levels, double* samples, int frames) {
   if (on) {
     switch (type) {
       case kBellform: applyGains<kBellform>(levels, samples, frames); break;

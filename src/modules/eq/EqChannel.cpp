@@ -4,6 +4,7 @@
 #include <initializer_list>
 #include <iterator>
 
+#include "core/dsp/FastMath.h"
 #include "modules/eq/EqSectionPair.h"
 
 namespace corvane::eq {
@@ -215,6 +216,13 @@ bool EqChannel::runSettled(int type, const double* input, double* output, double
   return done;
 }
 
+CORVANE_WIDE_LOOPS [[gnu::flatten]] bool EqChannel::runSettledWide(int type, const double* input,
+                                                                   double* output, double* levels, int frames,
+                                                                   const BlockGains& gains) {
+  return analogOn ? runSettled<true>(type, input, output, levels, frames, gains)
+                  : runSettled<false>(type, input, output, levels, frames, gains);
+}
+
 bool EqChannel::settled(int type, const BlockGains& gains) const {
   if (!allStill(gains.fade) || !gains.out.still) return false;
   const auto atRest = [](std::initializer_list<const EqSection*> sections) {
@@ -233,8 +241,7 @@ bool EqChannel::settled(int type, const BlockGains& gains) const {
 void EqChannel::run(int type, const double* input, double* output, int frames, const BlockGains& gains) {
   if (frames < 1) return;
   double levels[kBlockFrames];
-  const auto form = analogOn ? &EqChannel::runSettled<true> : &EqChannel::runSettled<false>;
-  if (settled(type, gains) && (this->*form)(type, input, output, levels, frames, gains))
+  if (settled(type, gains) && runSettledWide(type, input, output, levels, frames, gains))
     applyAnalog(type, analogOn, levels, output, frames);
   else
     runPlain(type, input, output, frames, gains);

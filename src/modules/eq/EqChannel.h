@@ -66,6 +66,9 @@ class EqChannel {
   template <bool kAnalog>
   bool runSettled(int type, const double* input, double* output, double* levels, int frames,
                   const BlockGains& gains);
+  /// `runSettled` with all that it calls inlined, so that wider registers serve throughout.
+  bool runSettledWide(int type, const double* input, double* output, double* levels, int frames,
+                      const BlockGains& gains);
 
   EqSection bellform[kBands];
   Stages lumenband[kBands];
