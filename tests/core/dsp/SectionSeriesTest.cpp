@@ -56,6 +56,22 @@ TEST(SectionSeries, IsBitForBitSectionAfterSection) {
   }
 }
 
+// From where the flush changes nothing to where it is all that is left, block by block against single
+// samples.
+TEST(SectionSeries, DiesAwayBitForBitAsSampleBySample) {
+  for (const int sections : {1, 2, 4, 6}) {
+    auto fast = chain(sections), plain = chain(sections);
+    Samples x = joined(noise(1e-11, 0.05, 48000.0), silence(1.0, 48000.0));
+    x.resize(x.size() / kBlockFrames * kBlockFrames);
+    Samples y = x;
+    for (std::size_t at = 0; at < x.size(); at += kBlockFrames) processSeries(fast, &x[at], kBlockFrames);
+    for (double& v : y)
+      for (GlideFilter& section : plain) v = section.processSample(v);
+    EXPECT_TRUE(sameBits(x, y)) << sections << " sections";
+    EXPECT_LT(std::abs(y.back()), 1e-25) << sections << " sections";
+  }
+}
+
 TEST(SideBySide, IsBitForBitOneSectionAfterTheOther) {
   auto paired = chain(2), plain = chain(2);
   const Samples first = noise(0.5, 0.5, 48000.0, 2), second = noise(0.5, 0.5, 48000.0, 3);
