@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "core/dsp/FastMath.h"
 #include "modules/preamp/ConsoleTable.h"
 
 namespace corvane::preamp {
@@ -76,7 +77,7 @@ void Console60s::setSampleRate(double hz) {
 // at once; where the envelope stands still, and the one of the negative half-waves does so half of the time,
 // the gain is the one before.
 
-void Console60s::run(Pair* samples, double* levels, int frames) {
+CORVANE_WIDE_LOOPS void Console60s::run(Pair* samples, double* levels, int frames) {
   const ConsoleRow& console = consoleOf(Colour::console60s);
   const double outGain = kOutGain * console.outTrim;
   for (int i = 0; i < frames; ++i) {

@@ -13,10 +13,18 @@ struct SaturationMeter {
   /// Over a block of drive levels. `share` per sample, falling.
   void follow(const double* levels, int frames, double share) {
     double v = level;
+    bool acted = false;  // the flush, which stays out of the recursion as long as it would change nothing
     for (int i = 0; i < frames; ++i) {
-      const double m = levels[i];
-      v = flushed(m > v ? m : v + (m - v) * share, kFlush);
-      if (v > 1.0) v = 1.0;
+      v = moved(v, std::min(levels[i], 1.0), share);
+      acted |= flushed(v, kFlush) != v;
+    }
+    if (acted) {
+      v = level;
+      for (int i = 0; i < frames; ++i) {
+        const double m = levels[i];
+        v = flushed(m > v ? m : v + (m - v) * share, kFlush);
+        if (v > 1.0) v = 1.0;
+      }
     }
     level = v;
   }
