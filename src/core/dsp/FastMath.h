@@ -20,8 +20,10 @@
 // not-a-number.
 
 /// Before a function whose time goes into loops over arrays: it is compiled for AVX2 as well, and the loader
-/// picks. The bits are the same, since neither form contracts a product and a sum.
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__)
+/// picks. The bits are the same, since neither form contracts a product and a sum. Not under the sanitizers,
+/// whose runtime is not there yet when the loader picks.
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__) && \
+    !defined(__SANITIZE_THREAD__)
 #define CORVANE_WIDE_LOOPS __attribute__((target_clones("avx2", "default")))
 #else
 #define CORVANE_WIDE_LOOPS
