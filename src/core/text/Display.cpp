@@ -22,6 +22,13 @@ void frequency(const Row& row, double p, char* text) {
   std::strcat(text, row.display.suffix);
 }
 
+void frequencyOrOff(const Row& row, double p, char* text) {
+  if (row.taper.physical(p) > row.taper.base)
+    frequency(row, p, text);
+  else
+    std::strcpy(text, "Off");
+}
+
 void choice(const Row& row, double p, char* text) {
   std::string_view words = row.display.words;
   for (int state = static_cast<int>(row.taper.physical(p)); state > 0; --state) {

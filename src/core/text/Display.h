@@ -19,6 +19,7 @@ namespace display {
 void nothing(const Row& row, double p, char* text);
 void fixed(const Row& row, double p, char* text);
 void frequency(const Row& row, double p, char* text);
+void frequencyOrOff(const Row& row, double p, char* text);
 void choice(const Row& row, double p, char* text);
 }  // namespace display
 
@@ -30,6 +31,8 @@ constexpr Display fixedText(int decimals, const char* suffix = "") {
 }
 /// The physical value by `formatFrequency`, then `suffix`.
 constexpr Display frequencyText(const char* suffix = "") { return {display::frequency, 0, nullptr, suffix}; }
+/// The same, and "Off" at the low stop of the taper: a filter that is out of the path there.
+constexpr Display frequencyOrOffText() { return {display::frequencyOrOff}; }
 /// One word for each state of the row's stepped taper: "Out|In".
 constexpr Display choiceText(const char* words) { return {display::choice, 0, words, ""}; }
 /// A form of the family's own.

@@ -50,13 +50,6 @@ inline void showMix(const Row& row, double p, char* text) {
   std::snprintf(text, kTextBytes, "%2.0f%%", row.taper.physical(p));
 }
 
-inline void showHpf(const Row& row, double p, char* text) {
-  if (row.taper.physical(p) <= row.taper.base)
-    std::strcpy(text, "Off");
-  else
-    display::frequency(row, p, text);
-}
-
 /// Number in the range of the row's entry. What reads as 0 must look like one, so that a word is not taken
 /// for it: "0", or what starts with `zero`.
 inline bool readWithZero(const Row& row, const char* text, const char* zero, double* p) {
@@ -89,15 +82,15 @@ inline bool readHpf(const Row& row, const char* text, double* p) {
 
 // clang-format off
 inline constexpr std::array kRows{
-    //  offset            name                default  steps        taper                                unit  text                 typed
+    //  offset            name                default  steps        taper                                unit  text                   typed
     Row{kSideChainOffset, "Comp:Side Chain",  0.0,     1,           stepped(3),                          "",   choiceText("Input|Ext AUX|Ext AUX|Ext AUX")},
-    Row{kAttack,          "Comp:Attack",      0.5,     kContinuous, exponential(0.1, 1000.0),            "",   fixedText(1),        typed(0.1, 100.0), "ms"},
-    Row{kRelease,         "Comp:Release",     0.5,     kContinuous, exponential(25.0, 100.0),            "",   fixedText(1),        typed(25.0, 2500.0), "ms"},
-    Row{kThreshold,       "Comp:Threshold",   0.5,     kContinuous, linear(-40.0, 50.0),                 "",   fixedText(1),        typedBy(readDb, -40.0, 10.0), "dB"},
-    Row{kRatio,           "Comp:Ratio",       0.5,     kContinuous, ownTaper(ratioToOne, ratioPosition), "",   ownText(showRatio),  typedBy(readRatio, 1.0, kHighestRatio)},
-    Row{kMix,             "Comp:Mix",         1.0,     kContinuous, linear(0.0, 100.0),                  "",   ownText(showMix),    typedBy(readMix, 0.0, 100.0), "%"},
-    Row{kMakeupGain,      "Comp:Makeup Gain", 0.145,   kContinuous, linear(0.0, 20.0),                   "",   fixedText(1),        typedBy(readDb, 0.0, 20.0), "dB"},
-    Row{kHpf,             "Comp:HPF",         0.5,     kContinuous, exponential(10.0, 100.0),            "",   ownText(showHpf),    typedBy(readHpf, 10.0, 1000.0), "Hz"},
+    Row{kAttack,          "Comp:Attack",      0.5,     kContinuous, exponential(0.1, 1000.0),            "",   fixedText(1),          typed(0.1, 100.0), "ms"},
+    Row{kRelease,         "Comp:Release",     0.5,     kContinuous, exponential(25.0, 100.0),            "",   fixedText(1),          typed(25.0, 2500.0), "ms"},
+    Row{kThreshold,       "Comp:Threshold",   0.5,     kContinuous, linear(-40.0, 50.0),                 "",   fixedText(1),          typedBy(readDb, -40.0, 10.0), "dB"},
+    Row{kRatio,           "Comp:Ratio",       0.5,     kContinuous, ownTaper(ratioToOne, ratioPosition), "",   ownText(showRatio),    typedBy(readRatio, 1.0, kHighestRatio)},
+    Row{kMix,             "Comp:Mix",         1.0,     kContinuous, linear(0.0, 100.0),                  "",   ownText(showMix),      typedBy(readMix, 0.0, 100.0), "%"},
+    Row{kMakeupGain,      "Comp:Makeup Gain", 0.145,   kContinuous, linear(0.0, 20.0),                   "",   fixedText(1),          typedBy(readDb, 0.0, 20.0), "dB"},
+    Row{kHpf,             "Comp:HPF",         0.5,     kContinuous, exponential(10.0, 100.0),            "",   frequencyOrOffText(),  typedBy(readHpf, 10.0, 1000.0), "Hz"},
     Row{kLink,            "Comp:Link",        1.0,     1,           onOff(),                             "",   kNoDisplay},
 };
 // clang-format on

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <cstring>
 
 #include "core/ParameterRow.h"
 #include "core/text/NumberText.h"
@@ -21,14 +20,6 @@ inline constexpr int kShape = 29;
 
 inline constexpr double kHpfOffHz = 10.0;  // at the stop the key high-pass is out of the path
 
-inline void showHpf(const Row& row, double p, char* text) {
-  const double hz = row.taper.physical(p);
-  if (hz > kHpfOffHz)
-    formatFrequency(static_cast<float>(hz), text);
-  else
-    std::strcpy(text, "Off");
-}
-
 /// Whole per cent, halves upwards.
 inline void showSmooth(const Row& row, double p, char* text) {
   formatFixed(static_cast<float>(static_cast<int>(row.taper.physical(p) + 0.5)), 0, text);
@@ -43,7 +34,7 @@ inline constexpr std::array kRows{
     Row{kRelease, "Lim:Release", 0.5,    kContinuous, exponential(10.0, 100.0),  " ms ",  fixedText(0),                                 typed(0.1, 1000.0)},
     Row{kCeiling, "Lim:Ceiling", 0.8,    kContinuous, linear(-40.0, 50.0),       " dB ",  fixedText(1),                                 typed(-40.0, 10.0)},
     Row{kOutput,  "Lim:Output",  0.5,    kContinuous, linear(-20.0, 40.0),       " dB ",  fixedText(1),                                 typed(-20.0, 20.0)},
-    Row{kHpf,     "Lim:HPF",     0.0,    kContinuous, exponential(10.0, 100.0),  " Hz ",  ownText(showHpf),                             typedHz(0.1, 1000.0)},
+    Row{kHpf,     "Lim:HPF",     0.0,    kContinuous, exponential(10.0, 100.0),  " Hz ",  frequencyOrOffText(),                         typedHz(0.1, 1000.0)},
     Row{kLink,    "Lim:Link",    0.0,    1,           onOff(),                   "  ",    choiceText("-|Linked")},
     Row{kSoft,    "Lim:Soft",    0.0,    1,           onOff(),                   "  ",    choiceText("-|Soft")},
     Row{kMode,    "Lim:Mode",    0.0,    10,          stepped(10),               "",      choiceText("Mode 1|Mode 2|Mode 3|undef"),     kSearchEntry},

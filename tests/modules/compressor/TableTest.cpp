@@ -6,17 +6,14 @@
 #include <string>
 
 #include "modules/compressor/CompressorFamily.h"
+#include "tests/rig/FamilyText.h"
 
 namespace corvane {
 namespace {
 
 using namespace compressor;
 
-std::string shown(int offset, double p) {
-  char text[kTextBytes];
-  valueText(kCompressorFamily, offset, p, text);
-  return text;
-}
+std::string shown(int offset, double p) { return rig::shownBy(kCompressorFamily, offset, p); }
 
 std::optional<double> typedAs(int offset, const char* text) {
   double p = -7.0;

@@ -4,6 +4,7 @@
 
 #include "modules/dehummer/DehummerFamily.h"
 #include "modules/dehummer/DehummerTable.h"
+#include "tests/rig/FamilyText.h"
 #include "tests/rig/ModuleRig.h"
 #include "tests/rig/Voice.h"
 
@@ -195,11 +196,7 @@ TEST(Dehummer, MovesOfTheKnobsDoNotClick) {
   EXPECT_LT(steepest, 0.5 * 2.0 * std::sin(std::numbers::pi * 1975.0 / kRate) * 1.1);
 }
 
-std::string shown(int offset, double p) {
-  char text[kTextBytes];
-  valueText(kDehummerFamily, offset, p, text);
-  return text;
-}
+std::string shown(int offset, double p) { return rig::shownBy(kDehummerFamily, offset, p); }
 
 TEST(Dehummer, ShowsItsValues) {
   for (const auto& [offset, p, text] : {std::tuple{kEvenOdd, 0.0, "100/0"},

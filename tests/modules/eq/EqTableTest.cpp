@@ -5,15 +5,12 @@
 #include "core/Rack.h"
 #include "modules/eq/EqFamily.h"
 #include "modules/eq/EqTable.h"
+#include "tests/rig/FamilyText.h"
 
 namespace corvane::eq {
 namespace {
 
-std::string shown(int offset, double p) {
-  char text[kTextBytes];
-  valueText(kEqFamily, offset, p, text);
-  return text;
-}
+std::string shown(int offset, double p) { return rig::shownBy(kEqFamily, offset, p); }
 
 TEST(EqTable, FrequenciesStandWhereTheScaleIsMarked) {
   const auto hz = [](Band band, double p) { return physicalValue(kEqFamily, offsetOf(band, kFreq), p); };

@@ -5,15 +5,12 @@
 #include "core/Rack.h"
 #include "modules/filters/FiltersFamily.h"
 #include "modules/filters/FiltersTable.h"
+#include "tests/rig/FamilyText.h"
 
 namespace corvane {
 namespace {
 
-std::string shown(int offset, double p) {
-  char text[kTextBytes] = "untouched";
-  valueText(kFiltersFamily, offset, p, text);
-  return text;
-}
+std::string shown(int offset, double p) { return rig::shownBy(kFiltersFamily, offset, p); }
 
 TEST(FiltersTable, ShowsWhatTheDialsMean) {
   EXPECT_EQ(shown(0, 3.0 / 15.0), "S.C. Filters");

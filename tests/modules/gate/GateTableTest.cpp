@@ -4,15 +4,12 @@
 
 #include "modules/gate/GateFamily.h"
 #include "modules/gate/GateTable.h"
+#include "tests/rig/FamilyText.h"
 
 namespace corvane {
 namespace {
 
-std::string shown(int offset, double p) {
-  char text[kTextBytes] = "untouched";
-  valueText(kGateFamily, offset, p, text);
-  return text;
-}
+std::string shown(int offset, double p) { return rig::shownBy(kGateFamily, offset, p); }
 
 /// Normalised value of a typed text, -1 where it is refused.
 double read(int offset, const char* text) {

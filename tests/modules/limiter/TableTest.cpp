@@ -4,17 +4,14 @@
 
 #include "modules/limiter/LimiterFamily.h"
 #include "modules/limiter/LimiterTable.h"
+#include "tests/rig/FamilyText.h"
 
 namespace corvane {
 namespace {
 
 using namespace limiter;
 
-std::string shown(int offset, double p) {
-  char text[kTextBytes];
-  valueText(kLimiterFamily, offset, p, text);
-  return text;
-}
+std::string shown(int offset, double p) { return rig::shownBy(kLimiterFamily, offset, p); }
 
 TEST(LimiterTable, ShowsValuesAsAnEngineerReadsThem) {
   EXPECT_EQ(shown(kAttack, 0.0), "0.1");

@@ -4,6 +4,7 @@
 
 #include "modules/master/MasterFamily.h"
 #include "modules/master/MasterTable.h"
+#include "tests/rig/FamilyText.h"
 #include "tests/rig/ModuleRig.h"
 
 namespace corvane {
@@ -19,11 +20,7 @@ constexpr double kRateHz = 48000.0;
 constexpr int kPeak = 2, kRightPeak = 3, kRms = 4, kOver = 6, kRightOver = 7;
 constexpr double kMeterScale = 0.316228;  // full scale on a meter that ends 10 dB above it
 
-std::string shown(int offset, double p) {
-  char text[kTextBytes];
-  valueText(kMasterFamily, offset, p, text);
-  return text;
-}
+std::string shown(int offset, double p) { return rig::shownBy(kMasterFamily, offset, p); }
 
 /// Normalised value of a typed text, -1 for one that is refused.
 double typedAs(int offset, const char* text) {

@@ -5,17 +5,14 @@
 
 #include "modules/preamp/PreampFamily.h"
 #include "modules/preamp/PreampTable.h"
+#include "tests/rig/FamilyText.h"
 
 namespace corvane {
 namespace {
 
 using namespace preamp;
 
-std::string shown(int offset, double p) {
-  char text[kTextBytes];
-  valueText(kPreampFamily, offset, p, text);
-  return text;
-}
+std::string shown(int offset, double p) { return rig::shownBy(kPreampFamily, offset, p); }
 
 TEST(PreampTable, ShowsWhatThePanelPrints) {
   EXPECT_EQ(shown(kGain, 0.0), "-30.0");
