@@ -50,16 +50,18 @@ const std::vector<DemoSetting>& demoSettings() {
     };
     for (DemoSetting& setting : made)
       setting.sets.insert(setting.sets.begin(), kOthersOut.begin(), kOthersOut.end());
-    made.push_back(
-        {"full-chain",
-         "A whole chain: preamp to master, de-esser behind the equaliser",
-         "Pre 60s, high-pass, gate, opto, Lumenband, de-esser, BrickWall, master",
-         {"Pre:Type=Pre 60s", "Pre:Drive=4", "Flt:Type=Basic Filters", "Flt:HPF Freq=90", "Gate:Type=Expander",
-          "Gate:Threshold=-45", "Gate:Range=-12", "Gate:Release=120", "Comp:Type=Opto Clamper",
-          "Comp:Threshold=-24", "Comp:Ratio=3", "Comp:Attack=5", "Comp:Release=120", "Comp:Makeup Gain=8",
-          "EQ:Type=Lumenband", "EQ:LM Freq=350", "EQ:LM Gain=-2.5", "EQ:HM Freq=3k5", "EQ:HM Gain=2.5",
-          "EQ:HI Freq=12k", "EQ:HI Gain=3", "Lim:Type=BrickWall", "Lim:Ceiling=-3", "Mstr:Type=Master Control",
-          "Mstr:Gain=-1", "InsX:Type=De-esser", "InsX:Position=F"}});
+    made.push_back({"full-chain",
+                    "A whole chain: preamp to master, de-esser behind the equaliser",
+                    "Pre 60s, high-pass, gate, opto, Lumenband, de-esser, BrickWall, master",
+                    {"Pre:Type=Pre 60s",   "Pre:Drive=4",        "Flt:Type=Basic Filters",
+                     "Flt:HPF Freq=90",    "Gate:Type=Expander", "Gate:Threshold=-45",
+                     "Gate:Range=-12",     "Gate:Release=120",   "Comp:Type=Opto Clamper",
+                     "Comp:Threshold=-24", "Comp:Ratio=3",       "Comp:Attack=5",
+                     "Comp:Release=120",   "Comp:Makeup Gain=8", "EQ:Type=Lumenband",
+                     "EQ:LM Freq=350",     "EQ:LM Gain=-2.5",    "EQ:HM Freq=3k5",
+                     "EQ:HM Gain=2.5",     "EQ:HI Freq=12k",     "EQ:HI Gain=3",
+                     "Lim:Type=BrickWall", "Lim:Ceiling=-3",     "Mstr:Type=Master Control",
+                     "Mstr:Gain=-1",       "InsX:Type=De-esser", "InsX:Position=F"}});
     return made;
   }();
   return settings;

@@ -34,9 +34,9 @@ class AAX_IEffectParameters {
   virtual AAX_Result GenerateCoefficients() = 0;
   /// Fills a private field before the first render.
   virtual AAX_Result ResetFieldData(AAX_CFieldIndex field, void* data, std::uint32_t size) const = 0;
-  /// Ends what ResetFieldData began in a private field, before its memory goes: an object that was constructed
-  /// there is destroyed. Called once for each field that was filled, the last one first, with no render under
-  /// way. Fields of plain data need nothing.
+  /// Ends what ResetFieldData began in a private field, before its memory goes: an object that was
+  /// constructed there is destroyed. Called once for each field that was filled, the last one first, with no
+  /// render under way. Fields of plain data need nothing.
   virtual AAX_Result FreeFieldData(AAX_CFieldIndex, void*, std::uint32_t) const { return AAX_SUCCESS; }
 
   virtual AAX_Result GetNumberOfChunks(std::int32_t* count) const = 0;

@@ -17,16 +17,8 @@ namespace corvane {
 // The one list of families, in order of their insert indices.
 std::span<const ModuleFamily* const> moduleFamilies() {
   static constexpr std::array kFamilies{
-      &kPreampFamily,
-      &kFiltersFamily,
-      &kGateFamily,
-      &kCompressorFamily,
-      &kEqFamily,
-      &kLimiterFamily,
-      &kMasterFamily,
-      &kDeesserFamily,
-      &kDehummerFamily,
-      &kTidalformFamily,
+      &kPreampFamily,  &kFiltersFamily, &kGateFamily,    &kCompressorFamily, &kEqFamily,
+      &kLimiterFamily, &kMasterFamily,  &kDeesserFamily, &kDehummerFamily,   &kTidalformFamily,
   };
   return kFamilies;
 }

@@ -22,7 +22,8 @@ class Refusal : public CommandLineTest {
 TEST_F(Refusal, OfAWordThatIsNoCommandNamesTheCommands) {
   const Answer answer = run({"frobnicate", "in.wav"});
   EXPECT_EQ(answer.code, 2);
-  EXPECT_TRUE(answer.err.starts_with("error: no command \"frobnicate\"; there are render, params")) << answer.err;
+  EXPECT_TRUE(answer.err.starts_with("error: no command \"frobnicate\"; there are render, params"))
+      << answer.err;
 }
 
 TEST_F(Refusal, OfAnArgumentNamesItAndTheWayOut) {

@@ -192,8 +192,8 @@ TEST(WholeStrip, RecoversFromPoisonInOneSecond) {
     for (std::size_t n = a.size() - 4800; n < a.size(); ++n) levelA += a[n] * a[n], levelB += b[n] * b[n];
     // The cell of this limiter darkens by at most 0.06 of the ceiling per sample, so that a finite sample of
     // 10^38 shuts it until the next reset. That law is its sound; what it must not do is give a not-a-number.
-    // The filters' low-pass at its upper stop is damped so strongly that a pole beside half the rate forgets 22 dB
-    // per second, and 10^38 is 760 dB.
+    // The filters' low-pass at its upper stop is damped so strongly that a pole beside half the rate forgets
+    // 22 dB per second, and 10^38 is 760 dB.
     const bool falls =
         std::string(stand.variant.name) != "Opto Lim" && stand.family->kind != ModuleKind::filters;
     if (falls && levelB > 0.0) {

@@ -20,6 +20,7 @@ struct Entry {
   int steps;
 };
 
+// clang-format off
 constexpr Entry kOwn[] = {
     {32, "Pre:Gain", 0.5, 0}, {33, "Pre:AutoIn", 0, 1}, {34, "Pre:RefLevel", 0.5, 0}, {35, "Pre:AutoDetectMode", 1, 1},
     {36, "Pre:AutoLevelMode", 0, 1}, {37, "Pre:PhaseL", 0, 1}, {38, "Pre:PhaseR", 0, 1}, {39, "Pre:Analog", 1, 1},
@@ -62,6 +63,7 @@ constexpr std::array kMeters{
     "Lim:InMeter", "Lim:OutMeter", "Lim:GRMeter", "Lim:xm1",
     "Mstr:InMeter", "Mstr:OutMeter", "Mstr:Peak L", "Mstr:Peak R", "Mstr:RMS L", "Mstr:RMS R",
     "Mstr:xm1", "Mstr:xm2", "Mstr:xm3", "Mstr:xm4", "Mstr:xm5", "Mstr:xm6"};
+// clang-format on
 
 std::map<int, Entry> agreed(std::map<int, std::string>& names) {
   std::map<int, Entry> all;
@@ -75,7 +77,8 @@ std::map<int, Entry> agreed(std::map<int, std::string>& names) {
     put(head.base, p + "Type", head.type, head.base >= 256 ? 256 : 15);
     put(head.base + 1, p + "Position", head.position, 8);
     int offset = 2;
-    for (const char* name : {"Mute", "Solo", "Side Chain", "Monitor"}) put(head.base + offset++, p + name, 0.0, 1);
+    for (const char* name : {"Mute", "Solo", "Side Chain", "Monitor"})
+      put(head.base + offset++, p + name, 0.0, 1);
   }
   for (const Entry& entry : kOwn) put(entry.id, entry.name, entry.defaultValue, entry.steps);
   for (int n = 1; n <= 32; ++n) {

@@ -17,8 +17,8 @@ inline constexpr int kGain = 18;
 inline constexpr int kMeasurementPoint = 19;
 
 // Fader law: -100 dB just above the stop, +10 dB at the top, finest around unity gain.
-inline constexpr double kFaderFloor = 1e-5;     // -100 dB, linear
-inline constexpr double kFaderDecades = 5.5;    // 110 dB from floor to top
+inline constexpr double kFaderFloor = 1e-5;   // -100 dB, linear
+inline constexpr double kFaderDecades = 5.5;  // 110 dB from floor to top
 inline constexpr double kFaderExponent = 0.333;
 
 /// Linear gain of the fader; exactly 0 at the stop.

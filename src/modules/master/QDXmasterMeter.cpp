@@ -7,8 +7,8 @@ namespace corvane {
 
 namespace {
 constexpr double kPeakReleaseSeconds = 1.2000000476837158;  // a fall by the factor 0.109, 19.25 dB
-constexpr double kMeterScale = 0.316228;  // +10 dB over full scale reads 1.0
-constexpr double kSineCrest = 1.4142;     // a sine reads the same on RMS as on peak
+constexpr double kMeterScale = 0.316228;                    // +10 dB over full scale reads 1.0
+constexpr double kSineCrest = 1.4142;                       // a sine reads the same on RMS as on peak
 constexpr double kOverDimStep = 0.05, kOverDimFloor = 0.5;
 }  // namespace
 

@@ -8,11 +8,11 @@ namespace corvane {
 
 /// Peak, mean-square and over meters of one channel.
 struct MasterMeterChannel {
-  double peak = 0.0;        ///< decaying peak of the rectified signal, linear
-  double meanSquare = 0.0;  ///< stays squared; the root comes at reading
+  double peak = 0.0;                              ///< decaying peak of the rectified signal, linear
+  double meanSquare = 0.0;                        ///< stays squared; the root comes at reading
   double blockPeak = 0.0, blockMeanSquare = 0.0;  ///< the same at the start of the block
-  std::int32_t clipCount = 0;  ///< consecutive samples at or above full scale
-  std::int32_t over = 0;       ///< latch, 0 or 1..4
+  std::int32_t clipCount = 0;                     ///< consecutive samples at or above full scale
+  std::int32_t over = 0;                          ///< latch, 0 or 1..4
 };
 
 /// The meter of the master output. Readings use the scale on which +10 dB over full scale is 1.0.

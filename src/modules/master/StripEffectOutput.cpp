@@ -98,7 +98,8 @@ void StripEffectOutput::runFader(double* gains, int frames) {
   for (int i = 0; i < frames; ++i) {
     const double s1 = gainStage1, s2 = gainStage2, s3 = gainStage3;
     gains[i] = nextFaderGain();
-    if (gainStage1 == s1 && gainStage2 == s2 && gainStage3 == s3) {  // at rest: every further step is the same
+    if (gainStage1 == s1 && gainStage2 == s2 &&
+        gainStage3 == s3) {  // at rest: every further step is the same
       std::fill(gains + i, gains + frames, s3);
       return;
     }

@@ -52,8 +52,8 @@ class StripEffectOutput final : public StripEffect, private QDXmasterMeter {
   Glide width, leftGain, rightGain;
   double gainTarget = 1.0;
   double gainStage1 = 1.0, gainStage2 = 1.0, gainStage3 = 1.0;
-  double fastSmooth = 0.0;  ///< share per sample, width and balance
-  double gainSmooth = 0.0;  ///< share per sample, each stage of the fader
+  double fastSmooth = 0.0;            ///< share per sample, width and balance
+  double gainSmooth = 0.0;            ///< share per sample, each stage of the fader
   std::int32_t measurementPoint = 2;  ///< 0 In, 1 Pre, 2 Post, 3 Out
   std::int32_t enabled = 1;
   double overShownLeft = 0.0, overShownRight = 0.0;  ///< brightness last shown
