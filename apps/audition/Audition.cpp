@@ -28,6 +28,7 @@ cli::Setting settingOf(int index) {
 
 std::vector<cli::StripRunner> makeStrips() {
   std::vector<cli::StripRunner> strips;
+  strips.reserve(kStripsAtOnce);
   for (int n = 0; n < kStripsAtOnce; ++n) strips.emplace_back(kRateHz);
   return strips;
 }
@@ -46,6 +47,7 @@ void spread(std::size_t count, const std::function<void(std::size_t)>& work) {
 /// Places `first` to `first + kStripsAtOnce - 1`.
 void hearBatch(int first, std::vector<Auditioned*>& presets, MaterialShelf& shelf) {
   std::vector<std::pair<const Sound*, const Sound*>> materials;
+  materials.reserve(presets.size());
   for (const Auditioned* preset : presets)
     materials.emplace_back(&shelf.get(preset->material), &shelf.get(commonMaterial(preset->category)));
   auto strips = makeStrips(), commonStrips = makeStrips();

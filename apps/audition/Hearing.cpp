@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 
 #include "core/Rack.h"
 #include "corvane/MeterFiles.h"
@@ -10,10 +11,11 @@ namespace corvane::audition {
 
 namespace {
 
-constexpr int kReductionMeter = 2;                 // from the first meter of a place
-constexpr std::size_t kRunUpFrames = 2 * kRateHz;  // longer than any release and than automated gain learns
-constexpr double kSoundsDb = -40.0;                // below the material's peak: what counts into means
-constexpr double kHeardDb = 50.0;  // below the loudest band or step: what counts into a comparison
+constexpr int kReductionMeter = 2;  // from the first meter of a place
+constexpr std::size_t kRunUpFrames =
+    std::size_t{2} * kRateHz;        // longer than any release and than automated gain learns
+constexpr double kSoundsDb = -40.0;  // below the material's peak: what counts into means
+constexpr double kHeardDb = 50.0;    // below the loudest band or step: what counts into a comparison
 constexpr double kStepSeconds = 0.02, kRmsSeconds = 0.3;
 
 /// A module with a reduction to read, while the strip plays.
@@ -86,6 +88,7 @@ template <typename Levels>
 std::vector<double> heard(const Levels& levels, double lufs) {
   const double floor = *std::ranges::max_element(levels) - kHeardDb;
   std::vector<double> out;
+  out.reserve(levels.size());
   for (const double level : levels) out.push_back(std::max(level, floor) - lufs);
   return out;
 }

@@ -41,7 +41,7 @@ Drum hand(const SoundFolders& where, const std::string& name) {
 }
 
 /// One recording at three levels.
-Drum ofOne(Sound hard) {
+Drum ofOne(const Sound& hard) {
   Drum drum{hard, hard, hard};
   scale(drum.medium, 0.6), scale(drum.soft, 0.35);
   return drum;

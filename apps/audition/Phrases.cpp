@@ -154,6 +154,7 @@ Sound electricBass(const SoundFolders&) { return played(kBassLine, pluckedPlayer
 
 Sound uprightBass(const SoundFolders&) {
   std::vector<Event> walk;
+  walk.reserve(8);
   static constexpr int kKeys[] = {-36, -32, -29, -27, -26, -29, -31, -34};
   for (int n = 0; n < 8; ++n) walk.push_back({n * 0.625, kKeys[n], 0.6, n % 2 == 0 ? 0.85 : 0.6});
   Sound out = played(walk, pluckedPlayer(Pluck::bass));

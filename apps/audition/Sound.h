@@ -13,7 +13,7 @@ using Sound = std::vector<double>;
 
 inline constexpr int kRateHz = 48000;
 
-inline std::size_t frames(double seconds) { return static_cast<std::size_t>(seconds * kRateHz + 0.5); }
+inline std::size_t frames(double seconds) { return static_cast<std::size_t>(std::lround(seconds * kRateHz)); }
 inline double fromDb(double db) { return std::pow(10.0, 0.05 * db); }
 
 /// A file of any rate and number of channels. Throws cli::Failure.

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <exception>
 #include <filesystem>
 #include <iostream>
 
@@ -69,7 +71,7 @@ int run(const Options& options) {
 }  // namespace
 }  // namespace corvane::audition
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   using namespace corvane;
   audition::Options options;
   CLI::App app("Hears factory presets on the material of their category and measures them.");
@@ -80,10 +82,11 @@ int main(int argc, char** argv) {
   app.add_option("--kits", options.sounds.kits,
                  "Folder of the recorded drums (" + options.sounds.kits.string() + ")");
   CLI11_PARSE(app, argc, argv);
-  try {
-    return audition::run(options);
-  } catch (const cli::Failure& failure) {
-    std::cerr << "error: " << failure.what() << '\n';
-    return failure.exitCode;
-  }
+  return audition::run(options);
+} catch (const corvane::cli::Failure& failure) {
+  std::cerr << "error: " << failure.what() << '\n';
+  return failure.exitCode;
+} catch (const std::exception& error) {
+  std::cerr << "error: " << error.what() << '\n';
+  return corvane::cli::kFailed;
 }
