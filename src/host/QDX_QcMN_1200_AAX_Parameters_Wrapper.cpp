@@ -6,7 +6,6 @@
 #include <new>
 #include <string>
 
-#include "control/FactoryBank.h"
 #include "control/ParameterText.h"
 #include "core/CorvaneMonoEffect.h"
 #include "host/SharedBlock.h"
@@ -52,12 +51,6 @@ std::int32_t hostSteps(int id) {
   return steps > 0 ? steps + 1 : 0;
 }
 
-double startValue(int id) {
-  double values[kParameters] = {};
-  factoryPreset(0, values, nullptr, nullptr);
-  return id < kParameters ? values[id] : parameterDefault(id);
-}
-
 }  // namespace
 
 AAX_IEffectParameters* QDX_QcMN_1200_AAX_Parameters_Wrapper::Create() try {
@@ -94,7 +87,7 @@ void QDX_QcMN_1200_AAX_Parameters_Wrapper::addBankParameter(int id) {
   char name[kTextBytes];
   parameterName(id, name);
   auto parameter = std::make_unique<AAX_CParameter<float>>(
-      parameterIdentifier(id), name, static_cast<float>(startValue(id)),
+      parameterIdentifier(id), name, static_cast<float>(wrapper.value(id)),
       std::make_unique<AAX_CLinearTaperDelegate<float>>(0.0f, 1.0f),
       std::make_unique<AAX_CNumberDisplayDelegate<float>>(), true, hostSteps(id));
   if (id < kParameters) byId[static_cast<std::size_t>(id)] = parameter.get();
