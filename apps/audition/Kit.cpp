@@ -57,26 +57,32 @@ constexpr std::string_view kKickStrokes = "X.....x.X..o....X.....x.X.....o.";
 constexpr std::string_view kSnareStrokes = "....X..o.o..X..o....X..o....X.ox";
 constexpr std::string_view kHatStrokes = "X.o.x.o.X.o.x.ooX.o.x.o.X.o.x.o.";
 
-void playKick(Sound& into, const SoundFolders& where, double gain) {
-  play(into, pearl(where, "PearlKick"), kKickStrokes, gain);
-}
-void playSnare(Sound& into, const SoundFolders& where, double gain) {
-  play(into, pearl(where, "PearlSnare"), kSnareStrokes, gain);
-}
-void playHats(Sound& into, const SoundFolders& where, double gain) {
-  play(into, pearl(where, "SabianHatClosed"), kHatStrokes, gain);
-  play(into, pearl(where, "SabianHatOpen"), "..............x...............X.", gain);
+/// How loud a microphone hears the three drums that always play.
+struct Shares {
+  double kick, snare, hats;
+};
+
+Sound kitHeard(const SoundFolders& where, const Shares& shares) {
+  Sound out = empty();
+  play(out, pearl(where, "PearlKick"), kKickStrokes, shares.kick);
+  play(out, pearl(where, "PearlSnare"), kSnareStrokes, shares.snare);
+  play(out, pearl(where, "SabianHatClosed"), kHatStrokes, shares.hats);
+  play(out, pearl(where, "SabianHatOpen"), "..............x...............X.", shares.hats);
+  return out;
 }
 
 }  // namespace
 
-Sound kick(const SoundFolders& where) {
-  Sound out = empty();
-  playKick(out, where, 1.0);
-  playSnare(out, where, 0.02);  // a microphone in a kit hears the kit
-  playHats(out, where, 0.01);
-  return out;
+// A microphone in a kit hears the kit.
+Sound kick(const SoundFolders& where) { return kitHeard(where, {.kick = 1.0, .snare = 0.02, .hats = 0.01}); }
+Sound kickWithSnare(const SoundFolders& where) {
+  return kitHeard(where, {.kick = 1.0, .snare = 0.15, .hats = 0.03});
 }
+Sound snare(const SoundFolders& where) { return kitHeard(where, {.kick = 0.03, .snare = 1.0, .hats = 0.04}); }
+Sound snareWithHats(const SoundFolders& where) {
+  return kitHeard(where, {.kick = 0.03, .snare = 1.0, .hats = 0.3});
+}
+Sound hats(const SoundFolders& where) { return kitHeard(where, {.kick = 0.0, .snare = 0.05, .hats = 1.0}); }
 
 Sound kick808(const SoundFolders&) {
   Sound out = empty();
@@ -84,53 +90,18 @@ Sound kick808(const SoundFolders&) {
   return out;
 }
 
-Sound kickWithSnare(const SoundFolders& where) {
-  Sound out = empty();
-  playKick(out, where, 1.0);
-  playSnare(out, where, 0.15);
-  playHats(out, where, 0.03);
-  return out;
-}
-
-Sound snare(const SoundFolders& where) {
-  Sound out = empty();
-  playSnare(out, where, 1.0);
-  playKick(out, where, 0.03);
-  playHats(out, where, 0.04);
-  return out;
-}
-
-Sound snareWithHats(const SoundFolders& where) {
-  Sound out = empty();
-  playSnare(out, where, 1.0);
-  playHats(out, where, 0.3);
-  playKick(out, where, 0.03);
-  return out;
-}
-
-Sound hats(const SoundFolders& where) {
-  Sound out = empty();
-  playHats(out, where, 1.0);
-  playSnare(out, where, 0.05);
-  return out;
-}
-
 Sound toms(const SoundFolders& where) {
-  Sound out = empty();
+  Sound out = kitHeard(where, {.kick = 0.0, .snare = 0.02, .hats = 0.0});
   play(out, pearl(where, "PearlTom1"), "X.x.o.........x.X.xo..........x.");
   play(out, pearl(where, "PearlTom2"), "......X.x...........X.x.........");
   play(out, pearl(where, "PearlTomFloor"), "..........X.x...........X.x.X...");
-  playSnare(out, where, 0.02);
   return out;
 }
 
 Sound overheads(const SoundFolders& where) {
-  Sound out = empty();
+  Sound out = kitHeard(where, {.kick = 0.25, .snare = 0.5, .hats = 0.5});
   play(out, pearl(where, "SabianCrash"), "X...............................", 0.8);
   play(out, pearl(where, "PaisteRide"), "....x.x.x.o.x.x.x.o.x.x.x.o.x.x.", 0.7);
-  playSnare(out, where, 0.5);
-  playKick(out, where, 0.25);
-  playHats(out, where, 0.5);
   mix(out, roomOf(out, 0.4), 0.0, 0.08);
   return out;
 }
@@ -151,10 +122,7 @@ Sound ride(const SoundFolders& where) {
 }
 
 Sound fullKit(const SoundFolders& where) {
-  Sound out = empty();
-  playKick(out, where, 1.0);
-  playSnare(out, where, 0.9);
-  playHats(out, where, 0.45);
+  Sound out = kitHeard(where, {.kick = 1.0, .snare = 0.9, .hats = 0.45});
   play(out, pearl(where, "SabianCrash"), "X...............................", 0.35);
   play(out, pearl(where, "PearlTomFloor"), ".............................x.X", 0.7);
   mix(out, roomOf(out, 0.4), 0.0, 0.05);
