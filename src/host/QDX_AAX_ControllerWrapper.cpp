@@ -93,7 +93,12 @@ void QDX_AAX_ControllerWrapper::editorSetParameter(int id, double value) {
 }
 
 void QDX_AAX_ControllerWrapper::hostValueChanged(int id, double value) {
-  if (echoExpected < 1) return setParameter(id, value);
+  if (echoExpected < 1) {
+    // What a state, a preset or a rule has stored comes back as well: no rule may answer it a second time, or
+    // the Type of a preset would switch off the Monitor of the same preset.
+    if (value != this->value(id)) setParameter(id, value);
+    return;
+  }
   if (echoCount == 0) setParameter(kOpenBatchCommand, 1.0);
   setParameter(id, value);
   if (++echoCount < echoExpected) return;

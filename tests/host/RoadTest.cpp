@@ -117,6 +117,24 @@ TEST_F(Road, ASessionSavedAndRestoredSoundsTheSame) {
   EXPECT_EQ(render(strip, x), render(restored, x));
 }
 
+TEST_F(Road, ARestoredStateIsNotAnsweredByRules) {
+  constexpr int kPreMonitor = 21, kCompType = 112, kCompMonitor = 117, kEqType = 144;
+  Instance strip(library, kRateHz), restored(library, kRateHz);
+  for (const auto& [id, value] : {std::pair{kCompType, 3 / 15.0}, {kEqType, 3 / 15.0}, {kCompMonitor, 1.0}}) {
+    strip.edit(parameterIdentifier(id), value);
+    strip.settle();
+  }
+  aaxhost::Chunk chunk;
+  ASSERT_EQ(strip.getChunk(AAX_TypeID("All "), &chunk), AAX_SUCCESS);
+  ASSERT_EQ(restored.setChunk(chunk), AAX_SUCCESS);
+  restored.settle();
+  EXPECT_EQ(held(restored, kEqType), 3.0f / 15.0f);
+  EXPECT_EQ(held(restored, kCompMonitor), 1.0) << "a new Type clears monitors in an edit alone";
+  restored.edit(parameterIdentifier(kPreMonitor), 1.0);
+  restored.settle();
+  EXPECT_EQ(held(restored, kCompMonitor), 0.0) << "the next edit has its rules";
+}
+
 TEST_F(Road, SeveralInstancesRenderInOneCall) {
   const auto first = instance(), second = instance();
   second->automate(parameterIdentifier(kThreshold), 0.0);
