@@ -352,6 +352,21 @@ TEST(AutoMute, OpensWithTheSignalAndShutsInSilence) {
   }
 }
 
+TEST(AutoMute, LongSilenceLeavesNoDenormal) {
+  NoiseGenerator dice{1137, 1101, 29637};
+  const auto mute = std::make_unique<AutoMute>();
+  mute->setSampleRate(44100.0);
+  mute->reset();
+  const Pair rest[kBlockFrames] = {};
+  double gains[kBlockFrames];
+  // e-fold in 24 ms: the gain of 1e-7 would pass through the denormal numbers between 16 and 18 s
+  for (double t = 0.0; t < 20.0; t += kBlockFrames / 44100.0) {
+    mute->run(rest, gains, kBlockFrames, dice);
+    for (const double gain : gains) ASSERT_NE(std::fpclassify(gain), FP_SUBNORMAL) << t;
+  }
+  EXPECT_EQ(gains[0], 0.0);
+}
+
 TEST(Preamp, AutoMuteSilencesTheHissWithTheSignal) {
   for (const int type : {2, 3, 4, 5}) {
     ModuleRig rig(kPreampFamily, type);
