@@ -45,6 +45,12 @@ class AAX_IEffectParameters {
   virtual AAX_Result GetChunkSize(AAX_CTypeID id, std::uint32_t* size) const = 0;
   virtual AAX_Result GetChunk(AAX_CTypeID id, AAX_SPlugInChunk* chunk) const = 0;
   virtual AAX_Result SetChunk(AAX_CTypeID id, const AAX_SPlugInChunk* chunk) = 0;
+
+  /// Data that the effect offers beside the contract, under ids of its own: at most `size` bytes into `data`,
+  /// their number into `written`. Effects need not offer any.
+  virtual AAX_Result GetCustomData(AAX_CTypeID, std::uint32_t, void*, std::uint32_t*) const {
+    return AAX_ERROR_UNIMPLEMENTED;
+  }
 };
 
 class AAX_IEffectDirectData {

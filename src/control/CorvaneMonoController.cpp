@@ -202,11 +202,11 @@ int CorvaneMonoController::getState(void** data) {
   return static_cast<int>(stateBlock.size());
 }
 
-void CorvaneMonoController::setState(void* data, int size) {
+bool CorvaneMonoController::setState(void* data, int size) {
   QDXPresetManager* presets = masterController.getPresetManager();
   if (!presets || !data || size < static_cast<int>(kStateHeadBytes) ||
       std::ranges::find(kForeignStateBytes, size) != kForeignStateBytes.end())
-    return;
+    return false;
   const ByteView block(static_cast<const std::uint8_t*>(data), static_cast<std::size_t>(size));
   // The host may hand back the very block that getState gave it, and applying a state can make a new one.
   const std::int32_t storedView = readWord(block, kViewAt), storedMini = readWord(block, kMiniAt);
@@ -215,17 +215,18 @@ void CorvaneMonoController::setState(void* data, int size) {
   const bool read = static_cast<bool>(presets->setStateBank(block.subspan(kStateHeadBytes)));
   if (read) sendCurrentSetting();
   batchOpen = false;
-  if (!read) return;
+  if (!read) return false;
 
   miniSelection = storedMini;
   if (storedView >= 0) viewSetting = std::min(storedView, 3);
   setInBatch(kViewSetting, viewSetting * 0.33333);
-  if (size != kOldLimiterStateBytes) return;
+  if (size != kOldLimiterStateBytes) return true;
   setInBatch(kLimiterMode, 0.0);
   setInBatch(kLimiterSmooth, 0.5);
   setInBatch(kLimiterShape, 0.2);
   if (decodeVariant(static_cast<double>(presets->currentRecord().values[kLimiterType])) == 0)
     setInBatch(kLimiterCeiling, 0.8);
+  return true;
 }
 
 void CorvaneMonoController::sendCurrentSetting() {

@@ -24,7 +24,7 @@ class CorvaneMonoController final : public QDXBaseParametersController {
 
   void parameterChanged(int id, double value) override;
   int getState(void** data) override;
-  void setState(void* data, int size) override;
+  bool setState(void* data, int size) override;
   void spareOperation() override {}
 
   /// First id of the group at each position.

@@ -11,7 +11,8 @@ class QDXBaseParametersController {
   virtual void parameterChanged(int id, double value) = 0;
   /// The block that a host stores with its session; `data` is set to it, valid until the next call. Its size.
   virtual int getState(void** data) = 0;
-  virtual void setState(void* data, int size) = 0;
+  /// False, and nothing changed, for a block that is not taken.
+  virtual bool setState(void* data, int size) = 0;
   /// A place of the interface that this strip has no use for.
   virtual void spareOperation() = 0;
 };

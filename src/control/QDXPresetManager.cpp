@@ -80,11 +80,13 @@ void QDXPresetManager::chooseList(int list) {
   asPresetStep([&] { chosen.listIndex = list; });
 }
 
-void QDXPresetManager::selectPreset(int entry) {
+void QDXPresetManager::selectPreset(int entry) { selectPreset({chosen.listKind, chosen.listIndex, entry}); }
+
+void QDXPresetManager::selectPreset(const PresetSelection& selection) {
   asPresetStep([&] {
-    chosen.presetIndex = entry;
+    chosen = selection;
     PresetRecord record = current->record;
-    readPresetEntry(static_cast<ListKind>(chosen.listKind), chosen.listIndex, entry, record);
+    readPresetEntry(static_cast<ListKind>(chosen.listKind), chosen.listIndex, chosen.presetIndex, record);
     takeUnmodified(record);
   });
 }
@@ -128,6 +130,12 @@ void QDXPresetManager::takeUnmodified(const PresetRecord& record) {
   current->record = current->reference = record;
   current->modified = false;
   applyRecord(current->record);
+}
+
+/// A setting that stands in no list.
+void QDXPresetManager::takeFromOutside(const PresetRecord& record) {
+  takeUnmodified(record);
+  chosen.presetIndex = -1;
 }
 
 void QDXPresetManager::takeStep(const PresetRecord& record, const PresetRecord& reference) {
@@ -198,6 +206,13 @@ PresetResult QDXPresetManager::loadPresetFile(const std::filesystem::path& path,
   return result;
 }
 
+PresetResult QDXPresetManager::takePresetFile(const std::filesystem::path& path) {
+  PresetRecord record = current->record;
+  PresetResult result = loadPresetFile(path, record);
+  if (result) takeFromOutside(record);
+  return result;
+}
+
 PresetResult QDXPresetManager::savePresetFile(const std::filesystem::path& path) const try {
   PresetResult result;
   const Bytes block = presetBlock(current->record, editorWord, editorZoom);
@@ -215,18 +230,18 @@ std::string QDXPresetManager::withPresetExtension(std::string path) {
   return path.append(kExtension);
 }
 
-void QDXPresetManager::copyToClipboard() {
+bool QDXPresetManager::copyToClipboard() {
   clipboardRecord = current->record;
   clipboardRecord.setName("clipboard " + services.clock.timeOfDay());
-  services.settings.writeBytes(kClipboardName, presetBlock(clipboardRecord, editorWord, editorZoom));
+  return services.settings.writeBytes(kClipboardName, presetBlock(clipboardRecord, editorWord, editorZoom));
 }
 
-void QDXPresetManager::pasteFromClipboard() {
+bool QDXPresetManager::pasteFromClipboard() {
   Bytes block;
   if (!services.settings.readBytes(kClipboardName, &block) || !readPresetBlock(block, clipboardRecord))
-    return;
-  takeUnmodified(clipboardRecord);
-  chosen.presetIndex = -1;
+    return false;
+  takeFromOutside(clipboardRecord);
+  return true;
 }
 
 void QDXPresetManager::openUserFolder() const {

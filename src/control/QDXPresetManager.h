@@ -37,6 +37,8 @@ class QDXPresetManager {
   void chooseList(int list);
   /// Entry of the list in use.
   void selectPreset(int entry);
+  /// Entry of any list, in one step; the user's lists are as they were last read.
+  void selectPreset(const PresetSelection& selection);
   /// One further up or down the list, stopping at its ends.
   void previousPreset();
   void nextPreset();
@@ -59,12 +61,17 @@ class QDXPresetManager {
   /// Reads a file into `record`. A caller who must know whether the file holds a whole setting sets the first
   /// value to -1 before: it stays below 0 for one that does not begin at the first id.
   PresetResult loadPresetFile(const std::filesystem::path& path, PresetRecord& record) const;
+  /// The file becomes the current setting; ids that it does not name keep their values. Like a paste, it
+  /// stands in no list and is no step of undo. On a fault nothing changes.
+  PresetResult takePresetFile(const std::filesystem::path& path);
   /// Writes the current setting: the old file or the new one, never half.
   PresetResult savePresetFile(const std::filesystem::path& path) const;
   /// `path` with exactly one ".qdx" at its end.
   static std::string withPresetExtension(std::string path);
-  void copyToClipboard();
-  void pasteFromClipboard();
+  /// False where the store of settings cannot be written.
+  bool copyToClipboard();
+  /// False, and nothing changed, where there is no preset to paste.
+  bool pasteFromClipboard();
   void openUserFolder() const;
   void openManual() const;
   /// The maker's page for null.
@@ -92,6 +99,7 @@ class QDXPresetManager {
   };
 
   void takeUnmodified(const PresetRecord& record);
+  void takeFromOutside(const PresetRecord& record);
   void takeStep(const PresetRecord& record, const PresetRecord& reference);
   void applyRecord(const PresetRecord& record);
   void restoreSelection(const PresetSelection& selection);

@@ -60,7 +60,10 @@ AAX_IEffectParameters* QDX_QcMN_1200_AAX_Parameters_Wrapper::Create() try {
 }
 
 QDX_QcMN_1200_AAX_Parameters_Wrapper::QDX_QcMN_1200_AAX_Parameters_Wrapper(const platform::Services& services)
-    : wrapper(*this, services) {}
+    : clock(services.clock),
+      machine{services.folders, services.settings, clock, services.desktop, services.trace},
+      wrapper(*this, machine),
+      desk(wrapper, clock) {}
 
 AAX_Result QDX_QcMN_1200_AAX_Parameters_Wrapper::EffectInit() {
   addBypass();
@@ -158,6 +161,17 @@ AAX_Result QDX_QcMN_1200_AAX_Parameters_Wrapper::FreeFieldData(AAX_CFieldIndex f
                                       [](void* at) { std::destroy_at(static_cast<CorvaneMonoEffect*>(at)); });
 }
 
+AAX_Result QDX_QcMN_1200_AAX_Parameters_Wrapper::GetCustomData(AAX_CTypeID id, std::uint32_t size, void* data,
+                                                               std::uint32_t* written) const {
+  if (!data || !written) return AAX_ERROR_NULL_OBJECT;
+  if (id != EditorDesk::kCustomDataId) return AAX_CEffectParameters::GetCustomData(id, size, data, written);
+  EditorDesk* const offered = &desk;
+  if (size < sizeof offered) return AAX_ERROR_INVALID_INTERNAL_DATA;
+  std::memcpy(data, &offered, sizeof offered);
+  *written = sizeof offered;
+  return AAX_SUCCESS;
+}
+
 // Chunks: all host parameters as the base keeps them, and the strip's own state.
 
 AAX_Result QDX_QcMN_1200_AAX_Parameters_Wrapper::GetNumberOfChunks(std::int32_t* count) const {
@@ -203,8 +217,8 @@ AAX_Result QDX_QcMN_1200_AAX_Parameters_Wrapper::SetChunk(AAX_CTypeID id, const 
   if (chunk->fSize < kSmallestChunk) return AAX_ERROR_NOT_INITIALIZED;
   const auto size = static_cast<std::size_t>(chunk->fSize) - kTrailerBytes;
   std::vector<char> block(chunk->fData, chunk->fData + size);  // the reader takes bytes that it may change
-  wrapper.getController()->setState(block.data(), static_cast<int>(size));
-  return AAX_SUCCESS;
+  const bool taken = wrapper.getController()->setState(block.data(), static_cast<int>(size));
+  return taken ? AAX_SUCCESS : AAX_ERROR_INVALID_INTERNAL_DATA;
 }
 
 }  // namespace corvane::host

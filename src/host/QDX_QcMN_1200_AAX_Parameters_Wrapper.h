@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "core/Rack.h"
+#include "host/ControllerDesk.h"
 #include "host/LivingObject.h"
 #include "host/QDX_AAX_ControllerWrapper.h"
 #include "platform/aax/AAX_CEffectParameters.h"
@@ -31,6 +32,9 @@ class QDX_QcMN_1200_AAX_Parameters_Wrapper final : public AAX_CEffectParameters,
   AAX_Result GetChunkSize(AAX_CTypeID id, std::uint32_t* size) const override;
   AAX_Result GetChunk(AAX_CTypeID id, AAX_SPlugInChunk* chunk) const override;
   AAX_Result SetChunk(AAX_CTypeID id, const AAX_SPlugInChunk* chunk) override;
+  /// Under EditorDesk::kCustomDataId the pointer to the instance's desk.
+  AAX_Result GetCustomData(AAX_CTypeID id, std::uint32_t size, void* data,
+                           std::uint32_t* written) const override;
 
   /// Host parameter of a bank id below 360; null where the host has none.
   AAX_IParameter* parameterOf(int id) const {
@@ -45,7 +49,10 @@ class QDX_QcMN_1200_AAX_Parameters_Wrapper final : public AAX_CEffectParameters,
   void addBypass();
   void addBankParameter(int id);
 
+  platform::HoldableClock clock;
+  const platform::Services machine;
   mutable QDX_AAX_ControllerWrapper wrapper;
+  mutable ControllerDesk desk;
   std::array<AAX_IParameter*, kParameters> byId{};
 };
 
