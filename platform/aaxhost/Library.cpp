@@ -31,7 +31,7 @@ using Init = bool (*)();
 }  // namespace
 
 std::shared_ptr<Library> Library::load(const fs::path& path) try {
-  const std::shared_ptr<Library> library(new Library);
+  std::shared_ptr<Library> library(new Library);
   library->where = libraryFile(path);
   library->handle = dlopen(library->where.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (!library->handle) {
@@ -73,7 +73,7 @@ void Library::registerPlugin() {
   Registration registration;
   const AAX_Result result = registerIt(&registration);
   if (result != AAX_SUCCESS) {
-    const std::string why = registration.complaint();
+    const std::string& why = registration.complaint();
     throw HostError("registration failed with " + std::to_string(result) + (why.empty() ? "" : ": " + why));
   }
   told = registration.finish();

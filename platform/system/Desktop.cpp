@@ -8,8 +8,6 @@
 #include <cerrno>
 #include <filesystem>
 
-extern char** environ;
-
 namespace corvane::platform {
 
 SystemDesktop::~SystemDesktop() { collectFinished(); }

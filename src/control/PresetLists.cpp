@@ -28,6 +28,7 @@ PresetTable makeFactoryLists(std::size_t which, const std::vector<std::string_vi
   PresetTable table;
   PresetList& all = addList(table, "All");
   std::vector<PresetList*> lists;
+  lists.reserve(names.size());
   for (const std::string_view name : names) lists.push_back(name.empty() ? nullptr : &addList(table, name));
   for (int index = 0; index < kFactoryPlaces; ++index) {
     char name[kPresetNameBytes];
