@@ -123,8 +123,9 @@ TEST_P(EveryModule, GivesTheSameForAnySubBlock) {
     const auto [whole, cut] = twins();
     const Samples expected = whole->runMono(x);
     EXPECT_EQ(cut->runMono(x, nullptr, block), expected) << "blocks of " << block;
-    EXPECT_EQ(whole->meter(0), cut->meter(0));
-    EXPECT_EQ(whole->meter(1), cut->meter(1));
+    // 1e-12: the sound has the same bits; a level is followed in runs, which start where a block starts
+    EXPECT_NEAR(whole->meter(0), cut->meter(0), 1e-12);
+    EXPECT_NEAR(whole->meter(1), cut->meter(1), 1e-12);
   }
 }
 

@@ -3,81 +3,66 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdint>
 #include <cstring>
 
+#include "core/dsp/Biquad.h"
 #include "core/dsp/Pair.h"
 
 namespace corvane {
 
 namespace {
 
-constexpr double kFlushMatters = 1e-12;  // below this level the flush acts on nearly every sample
-constexpr int kRun = 16;                 // samples that are looked at together
-constexpr std::size_t kWidest = 4;       // pairs that run side by side: enough to fill the time of one chain
+constexpr double kFlushMatters = 1e-12;  // below this level the flush changes what a follower does
+constexpr int kRun = 8;                  // samples that fall in one step
+constexpr int kMostRuns = kBlockFrames / kRun;
 
-Pair magnitudes(const LevelJob& a, const LevelJob& b, int i) {
-  return Pair{std::abs(a.samples[i]), std::abs(b.samples[i])};
-}
+/// What a release does over a run in which no sample reaches the level: one step in place of kRun.
+///
+///   level (1 - r)^kRun + sum of r (1 - r)^(kRun - 1 - i) |x_i|  =  level - level drop + sum of weight_i
+///   |x_i|
+struct Fall {
+  double release;  ///< r
+  double drop;     ///< 1 - (1 - r)^kRun, by doubling, which keeps all its digits
+  Pair weights[kRun / 2];
 
-/// `Pairs` times two jobs side by side. With `attack` above `release` the larger of the two steps is the one
-/// that `followLevel` picks. Returns false, with the jobs as they were, when the flush would have acted.
-template <std::size_t Pairs, bool Flush>
-bool runSideBySide(LevelJob* const* jobs, int frames) {
-  Pair level[Pairs], attack[Pairs], release[Pairs];
-  for (std::size_t k = 0; k < Pairs; ++k) {
-    const LevelJob &a = *jobs[2 * k], &b = *jobs[2 * k + 1];
-    level[k] = Pair{a.level, b.level};
-    attack[k] = Pair{a.attack, b.attack};
-    release[k] = Pair{a.release, b.release};
+  explicit Fall(double r) : release(r), drop(r) {
+    for (int n = 1; n < kRun; n *= 2) drop *= 2.0 - drop;
+    double weight = r;
+    for (int i = kRun - 1; i >= 0; --i, weight *= 1.0 - r) weights[i / 2][i % 2] = weight;
   }
-  const Pair e = both(kMeterFlush);
-  PairMask acted{};
-  const auto run = [&]<bool kFalling>(int from, int to) {
-    for (int i = from; i < to; ++i)
-      for (std::size_t k = 0; k < Pairs; ++k) {
-        const Pair distance = magnitudes(*jobs[2 * k], *jobs[2 * k + 1], i) - level[k];
-        const Pair fall = distance * release[k];
-        Pair moved = level[k] + fall;
-        if constexpr (!kFalling) {
-          const Pair rise = distance * attack[k];
-          moved = level[k] + (rise > fall ? rise : fall);
-        }
-        const Pair flushedLevel = (moved + e) - e;
-        if constexpr (Flush) {
-          level[k] = flushedLevel;
-        } else {
-          acted |= flushedLevel != moved;
-          level[k] = moved;
-        }
-      }
-  };
-  // In most runs no sample reaches the level: then nothing needs choosing on the way.
-  for (int from = 0; from < frames; from += kRun) {
-    const int to = std::min(from + kRun, frames);
-    constexpr std::int64_t kAlways =
-        Flush ? -1 : 0;  // a flush can take a level below what its release leaves
-    PairMask reached{kAlways, kAlways};
-    for (std::size_t k = 0; k < Pairs; ++k) {
-      const Pair lowest = level[k] * (1.0 - 2.0 * kRun * release[k]);  // the level falls by half of that
-      for (int i = from; i < to; ++i) reached |= magnitudes(*jobs[2 * k], *jobs[2 * k + 1], i) > lowest;
+};
+
+/// The runs of a block as far as they do not hang on the level.
+struct Runs {
+  double drop;                ///< of `Fall`
+  double highest[kMostRuns];  ///< magnitude
+  double lift[kMostRuns];     ///< the sum of `Fall`
+};
+
+void lookAhead(const double* samples, int runs, const Fall& fall, Runs& to) {
+  to.drop = fall.drop;
+  for (int k = 0; k < runs; ++k) {
+    Pair highest{}, lift{};
+    for (int i = 0; i < kRun; i += 2) {
+      const double* x = samples + k * kRun + i;
+      const Pair magnitude = absolute(Pair{x[0], x[1]});
+      highest = magnitude > highest ? magnitude : highest;
+      lift += fall.weights[i / 2] * magnitude;
     }
-    if ((reached[0] | reached[1]) != 0)
-      run.template operator()<false>(from, to);
-    else
-      run.template operator()<true>(from, to);
+    to.highest[k] = std::max(highest[0], highest[1]);
+    to.lift[k] = lift[0] + lift[1];
   }
-  if ((acted[0] | acted[1]) != 0) return false;
-  for (std::size_t k = 0; k < Pairs; ++k)
-    jobs[2 * k]->level = level[k][0], jobs[2 * k + 1]->level = level[k][1];
-  return true;
 }
 
-template <std::size_t Pairs>
-void runGroup(LevelJob* const* jobs, int frames) {
-  const bool quiet =
-      std::any_of(jobs, jobs + 2 * Pairs, [](const LevelJob* job) { return job->level < kFlushMatters; });
-  if (quiet || !runSideBySide<Pairs, false>(jobs, frames)) runSideBySide<Pairs, true>(jobs, frames);
+/// Sample by sample. With attack above release the larger of the two steps is the one that `followLevel`
+/// picks.
+void followEach(LevelJob& job, int from, int to) {
+  double level = job.level;
+  for (int i = from; i < to; ++i) {
+    const double distance = std::abs(job.samples[i]) - level;
+    level = flushed(level + std::max(distance * job.attack, distance * job.release), kMeterFlush);
+  }
+  job.level = level;
 }
 
 bool sameCourse(const LevelJob& a, const LevelJob& b, int frames) {
@@ -92,16 +77,41 @@ bool rests(const LevelJob& job, int frames) {
          std::all_of(job.samples, job.samples + frames, [](double x) { return x == 0.0; });
 }
 
+/// Run by run, and within a run job by job: the jobs do not wait for one another, so their chains overlap.
+template <std::size_t kMost>
+void followCourses(const std::array<LevelJob*, kMost>& jobs, std::size_t count, int frames) {
+  const int runs = frames / kRun;
+  std::array<Runs, kMost> ahead;
+  Fall fall(0.0);
+  for (std::size_t j = 0; j < count; ++j) {
+    if (jobs[j]->release != fall.release) fall = Fall(jobs[j]->release);
+    lookAhead(jobs[j]->samples, runs, fall, ahead[j]);
+  }
+  for (int k = 0; k < runs; ++k)
+    for (std::size_t j = 0; j < count; ++j) {
+      LevelJob& job = *jobs[j];
+      const double lowest = job.level - job.level * ahead[j].drop;
+      if (ahead[j].highest[k] < lowest && lowest > kFlushMatters)
+        job.level = lowest + ahead[j].lift[k];
+      else
+        followEach(job, k * kRun, (k + 1) * kRun);
+    }
+  for (std::size_t j = 0; j < count; ++j) followEach(*jobs[j], runs * kRun, frames);
+}
+
 }  // namespace
 
 void followLevels(std::span<LevelJob> jobs, int frames) {
-  constexpr std::size_t kMost = 2 * kWidest;
-  while (jobs.size() > 36) {  // 9 places of 4 followers fill one call; more come in turns
-    followLevels(jobs.first(36), frames);
-    jobs = jobs.subspan(36);
+  constexpr std::size_t kMost = 36;  // 9 places of 4 followers fill one call; more come in turns
+  while (jobs.size() > kMost) {
+    followLevels(jobs.first(kMost), frames);
+    jobs = jobs.subspan(kMost);
   }
-  std::array<LevelJob*, 36 + kMost> courses{};               // jobs that differ
-  std::array<std::pair<LevelJob*, LevelJob*>, 36> copies{};  // jobs that take another's result
+  struct Copy {
+    LevelJob *job, *twin;
+  };
+  std::array<LevelJob*, kMost> courses;  // jobs that differ
+  std::array<Copy, kMost> copies;        // jobs that take another's result
   std::size_t courseCount = 0, copyCount = 0;
   for (LevelJob& job : jobs) {
     if (rests(job, frames)) continue;
@@ -113,23 +123,8 @@ void followLevels(std::span<LevelJob> jobs, int frames) {
     else
       courses[courseCount++] = &job;
   }
-  LevelJob spare{courseCount > 0 ? courses[0]->samples : nullptr, 0.0, 0.0, 0.0};
-  if (courseCount % 2 == 1) {  // an odd one runs beside a spare that starts from its state
-    spare = *courses[courseCount - 1];
-    courses[courseCount++] = &spare;
-  }
-  for (std::size_t at = 0; at < courseCount;) {
-    LevelJob* const* group = courses.data() + at;
-    const std::size_t pairs = std::min(kWidest, (courseCount - at) / 2);
-    switch (pairs) {
-      case 1: runGroup<1>(group, frames); break;
-      case 2: runGroup<2>(group, frames); break;
-      case 3: runGroup<3>(group, frames); break;
-      default: runGroup<kWidest>(group, frames); break;
-    }
-    at += 2 * pairs;
-  }
-  for (std::size_t k = 0; k < copyCount; ++k) copies[k].first->level = copies[k].second->level;
+  followCourses(courses, courseCount, frames);
+  for (std::size_t k = 0; k < copyCount; ++k) copies[k].job->level = copies[k].twin->level;
 }
 
 }  // namespace corvane

@@ -22,11 +22,12 @@ struct LevelJob {
   double attack = 0.0, release = 0.0;  ///< attack >= release
 };
 
-/// Runs every job over its `frames` samples; equal to `followLevel` of each rectified sample, bit for bit.
+/// Runs every job over its `frames` samples, at most kBlockFrames: `followLevel` of each rectified sample,
+/// within 1e-13 of the level.
 ///
-/// A follower is one long chain of dependent additions, so one alone leaves the processor idle most of the
-/// time: jobs run side by side, jobs with the same state and samples run once, and the flush, which changes
-/// nothing at audible levels, is checked beside the chain instead of inside it.
+/// A follower is one long chain of dependent additions. A meter falls most of the time, and a run of samples
+/// that stay below it is one step; in the others, and with several jobs at once, the chains overlap. Jobs
+/// with the same state and samples run once.
 void followLevels(std::span<LevelJob> jobs, int frames);
 
 }  // namespace corvane
