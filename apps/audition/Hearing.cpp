@@ -102,7 +102,7 @@ double meanSquareDifference(const std::vector<double>& a, const std::vector<doub
 }  // namespace
 
 Hearing hear(cli::StripRunner& strip, const cli::Setting& setting, const Sound& material) {
-  for (int id = 0; id < kParameters; ++id) strip.setParameter(id, setting.value(id));
+  strip.load(setting);
   std::vector<float> samples(material.begin(), material.begin() + kRunUpFrames);
   samples.insert(samples.end(), material.begin(), material.end());
   const double sounding = peakOf(samples.data(), samples.size()) * fromDb(kSoundsDb);

@@ -77,12 +77,14 @@ void printRow(const DemoSetting& setting, const RenderReport& report, const fs::
 
 void renderOne(const DemoSetting& setting, const DemoOptions& options, Console& console) {
   RenderPlan plan;
-  plan.setting = settingFrom({}, setting.sets, {});
   plan.blockFrames = kDemoBlockFrames;
   const fs::path sound = fs::path(options.outputFolder) / (std::string(setting.file) + ".wav");
   const fs::path picture = fs::path(sound).replace_extension(".png");
   plot::LevelTrace trace;
-  FileRender render(plan, options.input);
+  StripRunner strip;
+  applyArguments(strip, setting.sets, {});
+  StripMaker maker(std::move(strip));
+  FileRender render(plan, maker, options.input);
   const RenderReport report = render.run(
       sound, [&](const ChannelBlock& block) { trace.add(block); }, nullptr);
   const std::string subtitle = fmt::format("{}   {} Hz   {}", fs::path(options.input).filename().string(),

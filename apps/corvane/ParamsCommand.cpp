@@ -129,10 +129,12 @@ int runParams(const ParamsOptions& options, Console& console) {
     console.print("{}", parameterReference());
     return kDone;
   }
-  std::vector<std::string> inserted;
-  if (!options.insert.empty())
-    for (const char* type : {"InsX:Type=", "InsY:Type="}) inserted.push_back(type + options.insert);
-  const Setting setting = settingFrom({}, inserted, {});
+  Setting setting;
+  if (!options.insert.empty()) {
+    StripRunner strip;
+    applyArguments(strip, {"InsX:Type=" + options.insert, "InsY:Type=" + options.insert}, {});
+    setting = strip.setting();
+  }
   auto answers = nlohmann::ordered_json::array();
   const auto answer = [&](int id, const char* key, const nlohmann::ordered_json& value,
                           const std::string& line) {

@@ -42,7 +42,7 @@ void LevelSum::add(std::span<const float> block) {
 
 double LevelSum::rms() const { return samples > 0 ? std::sqrt(squares / static_cast<double>(samples)) : 0.0; }
 
-FileRender::FileRender(const RenderPlan& renderPlan, const std::filesystem::path& path)
+FileRender::FileRender(const RenderPlan& renderPlan, StripMaker& maker, const std::filesystem::path& path)
     : plan(renderPlan), input(path) {
   if (channels() > kMostChannels)
     fail("cannot render {}: {} channels, at most {} are possible", printable(path), channels(),
@@ -67,10 +67,7 @@ FileRender::FileRender(const RenderPlan& renderPlan, const std::filesystem::path
     keys.assign(keyCount, std::vector<float>(frames));
   }
   tailFrames = tailLeft = std::llround(plan.tailSeconds * rateHz());
-  for (int c = 0; c < channels(); ++c) {
-    StripRunner& strip = channelStrips.emplace_back(rateHz());
-    for (int id = 0; id < kParameters; ++id) strip.setParameter(id, plan.setting.value(id));
-  }
+  for (int c = 0; c < channels(); ++c) channelStrips.push_back(maker.make(rateHz()));
 }
 
 /// Fills the block from the file, then from the tail; the file's end is told by the file, not by its header.
@@ -96,7 +93,7 @@ void FileRender::applyAutomation(double boundaryFrame) {
   for (; nextAutomation < plan.automation.size(); ++nextAutomation) {
     const AutomationPoint& point = plan.automation[nextAutomation];
     if (point.seconds * rateHz() > boundaryFrame) return;
-    for (StripRunner& strip : channelStrips) strip.setParameter(point.id, point.value);
+    for (StripRunner& strip : channelStrips) strip.automate(point.id, point.value);
   }
 }
 

@@ -9,7 +9,6 @@
 
 #include "corvane/AudioFiles.h"
 #include "corvane/Automation.h"
-#include "corvane/Setting.h"
 #include "corvane/StripRunner.h"
 
 namespace corvane::cli {
@@ -25,7 +24,6 @@ inline constexpr int kLargestBlockFrames = 65536;
 
 /// How to render, the same for every file.
 struct RenderPlan {
-  Setting setting;
   std::vector<AutomationPoint> automation;  ///< in rising order of time
   std::vector<BypassSpan> bypasses;
   std::optional<std::filesystem::path> key;
@@ -66,7 +64,7 @@ class FileRender {
  public:
   /// Opens the input and the key and makes the strips. Files that are rendered at the same time are
   /// constructed in order, since strips differ by the order in which they are made. Throws Failure.
-  FileRender(const RenderPlan& plan, const std::filesystem::path& input);
+  FileRender(const RenderPlan& plan, StripMaker& maker, const std::filesystem::path& input);
 
   int rateHz() const { return input.rateHz(); }
   int channels() const { return input.channels(); }

@@ -17,6 +17,7 @@
 #include "corvane/Presets.h"
 #include "corvane/Progress.h"
 #include "corvane/Render.h"
+#include "corvane/StateFile.h"
 #include "corvane/Words.h"
 #include "corvane/plot/Canvas.h"
 #include "corvane/plot/LevelsPicture.h"
@@ -80,12 +81,22 @@ BypassSpan bypassFrom(const std::string& argument) {
   return {*from, to};
 }
 
-RenderPlan planFrom(const RenderOptions& options) {
-  RenderPlan plan;
-  Setting start;
+/// The strip as it stands before the first sample.
+StripRunner startFrom(const RenderOptions& options) {
+  StripRunner strip;  // a file tells its own rate
   if (!options.preset.empty())
-    withArgument("--preset", options.preset, [&] { start = loadPreset(options.preset).setting; });
-  plan.setting = settingFrom(start, options.sets, options.raws);
+    withArgument("--preset", options.preset, [&] {
+      const LoadedPreset preset = loadPreset(options.preset);
+      strip.load(preset.setting, preset.listed.name);
+    });
+  if (!options.state.empty())
+    withArgument("--state", options.state, [&] { strip.restore(readState(options.state)); });
+  applyArguments(strip, options.sets, options.raws);
+  return strip;
+}
+
+RenderPlan planFrom(const RenderOptions& options, const Setting& setting) {
+  RenderPlan plan;
   for (const auto& bypass : options.bypasses) plan.bypasses.push_back(bypassFrom(bypass));
   const auto format = outputFormatOf(options.format);
   if (!format) refuse("--format {}: must be float, pcm16, pcm24 or flac", options.format);
@@ -95,8 +106,8 @@ RenderPlan planFrom(const RenderOptions& options) {
   if (!options.picture.empty()) plot::isVectorName(options.picture);  // a wrong name is told before the work
   if (!options.key.empty()) plan.key = options.key;
   if (!options.automation.empty())
-    plan.automation = readAutomation(
-        options.automation, [&](std::string_view name) { return parameterFromName(name, plan.setting); });
+    plan.automation = readAutomation(options.automation,
+                                     [&](std::string_view name) { return parameterFromName(name, setting); });
   return plan;
 }
 
@@ -158,9 +169,14 @@ void noteClampedRate(const Job& job, double rateHz, Console& console) {
 /// All jobs, several at a time. Strips are made in the order of the inputs, whoever is ready first.
 class Batch {
  public:
-  Batch(const RenderPlan& renderPlan, const RenderOptions& renderOptions, std::vector<Job>& batchJobs,
-        Console& batchConsole)
-      : plan(renderPlan), options(renderOptions), jobs(batchJobs), console(batchConsole), progress(console) {}
+  Batch(const RenderPlan& renderPlan, const RenderOptions& renderOptions, StripMaker& strips,
+        std::vector<Job>& batchJobs, Console& batchConsole)
+      : plan(renderPlan),
+        options(renderOptions),
+        maker(strips),
+        jobs(batchJobs),
+        console(batchConsole),
+        progress(console) {}
 
   void run(std::size_t workers) {
     std::vector<std::jthread> others;
@@ -177,7 +193,7 @@ class Batch {
         const std::lock_guard ticket(construction);
         if (next == jobs.size() || interruptSignal() != 0) return;
         job = &jobs[next++];
-        guarded(*job, [&] { render.emplace(plan, job->input); });
+        guarded(*job, [&] { render.emplace(plan, maker, job->input); });
       }
       if (render) guarded(*job, [&] { finish(*job, *render); });
     }
@@ -223,6 +239,7 @@ class Batch {
 
   const RenderPlan& plan;
   const RenderOptions& options;
+  StripMaker& maker;
   std::vector<Job>& jobs;
   Console& console;
   Progress progress;
@@ -248,6 +265,7 @@ constexpr const char* kExamples = R"(Examples:
   corvane render voice.wav -o out.wav --set Comp:Threshold=-24 --set "Comp:Type=Opto Clamper"
   corvane render voice.wav -o out.wav --set "InsX:Type=De-esser" --set InsX:Position=A
   corvane render voice.wav -o out.wav --preset "HiFi Vocal" --set Mstr:Gain=-3
+  corvane render voice.wav -o out.wav --set EQ:Type=Lumenband --save-state take1.state
   corvane render drums.wav -o out.wav --key kick.wav --set "Comp:Side Chain=Ext AUX"
   corvane render takes/*.wav --out-dir mixed --format pcm24 --jobs 4
 
@@ -263,14 +281,17 @@ void makeFolder(const fs::path& folder) {
     fail("cannot make the folder {}: {}", printable(folder), error.message());
 }
 
-Setting settingFrom(Setting setting, const std::vector<std::string>& sets,
+void applyArguments(StripRunner& strip, const std::vector<std::string>& sets,
                     const std::vector<std::string>& raws) {
   for (const auto& argument : sets)
     withArgument("--set", argument, [&] {
       const auto [name, text] = splitAssignment(argument, "NAME=TEXT");
+      const Setting setting = strip.setting();  // what stands in an insert decides on its words
       const int id = parameterFromName(name, setting);
-      setting.edit(id, valueFromWords(id, text, setting));
+      strip.edit(id, valueFromWords(id, text, setting));
     });
+  if (raws.empty()) return;
+  Setting setting = strip.setting();
   for (const auto& argument : raws)
     withArgument("--raw", argument, [&] {
       const auto [name, text] = splitAssignment(argument, "NAME=VALUE");
@@ -280,7 +301,7 @@ Setting settingFrom(Setting setting, const std::vector<std::string>& sets,
       if (*value < 0.0 || *value > 1.0) refuse("outside 0 to 1");
       setting.store(id, *value);
     });
-  return setting;
+  strip.load(setting);
 }
 
 void addRenderCommand(CLI::App& app, RenderOptions& o) {
@@ -289,9 +310,11 @@ void addRenderCommand(CLI::App& app, RenderOptions& o) {
   render->add_option("-o,--output", o.output, "File to write")->type_name("OUT");
   render->add_option("--out-dir", o.outputFolder, "Folder to write to, under the names of the inputs")
       ->type_name("DIR");
-  render
-      ->add_option("--preset", o.preset, "Starts from a preset: a name, an index of the factory bank, a file")
-      ->type_name("PRESET");
+  CLI::Option* preset = render
+                            ->add_option("--preset", o.preset,
+                                         "Starts from a preset: a name, an index of the factory bank, a file")
+                            ->type_name("PRESET");
+  render->add_option("--state", o.state, "Starts from a stored state")->type_name("FILE")->excludes(preset);
   render
       ->add_option("--set", o.sets, "A person's edit, as often as wanted: Comp:Threshold=-20, EQ:HI Freq=2k5")
       ->type_name("NAME=TEXT")
@@ -329,6 +352,10 @@ void addRenderCommand(CLI::App& app, RenderOptions& o) {
       ->type_name("FILE.png|svg");
   render->add_option("--save-preset", o.savePreset, "Writes the setting as a preset, once all is rendered")
       ->type_name("FILE.qdx");
+  render
+      ->add_option("--save-state", o.saveState,
+                   "Writes the state that a session would hold, once all is rendered")
+      ->type_name("FILE");
   render->add_option("--jobs", o.jobs, "Files at a time (one for each processor)")
       ->type_name("N")
       ->check(within(1, kMostJobs));
@@ -337,16 +364,20 @@ void addRenderCommand(CLI::App& app, RenderOptions& o) {
 }
 
 int runRender(const RenderOptions& options, Console& console) {
-  const RenderPlan plan = planFrom(options);
+  StripRunner start = startFrom(options);
+  const Setting setting = start.setting();
+  const RenderPlan plan = planFrom(options, setting);
   std::vector<Job> jobs = jobsFrom(options, plan.format);
   if (!options.outputFolder.empty()) makeFolder(options.outputFolder);
   const auto processors = static_cast<std::size_t>(std::max(1U, std::thread::hardware_concurrency()));
   const std::size_t workers = options.jobs > 0 ? static_cast<std::size_t>(options.jobs) : processors;
-  Batch(plan, options, jobs, console).run(std::min(workers, jobs.size()));
+  StripMaker maker(std::move(start));
+  Batch(plan, options, maker, jobs, console).run(std::min(workers, jobs.size()));
   stopIfInterrupted();
   const bool allDone = std::ranges::none_of(jobs, [](const Job& job) { return job.failure != nullptr; });
   if (!options.meters.empty() && (allDone || jobs.size() > 1)) writeMeters(options.meters, jobs);
-  if (!options.savePreset.empty() && allDone) savePreset(options.savePreset, plan.setting);
+  if (!options.savePreset.empty() && allDone) savePreset(options.savePreset, setting);
+  if (!options.saveState.empty() && allDone) writeState(options.saveState, maker.start());
   return allDone ? kDone : kFailed;
 }
 

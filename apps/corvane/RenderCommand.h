@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "corvane/Console.h"
-#include "corvane/Setting.h"
+#include "corvane/StripRunner.h"
 
 namespace CLI {
 class App;
@@ -17,7 +17,7 @@ namespace corvane::cli {
 struct RenderOptions {
   std::vector<std::string> inputs;
   std::string output, outputFolder;
-  std::string preset, savePreset;
+  std::string preset, state, savePreset, saveState;
   std::vector<std::string> sets, raws;
   std::string automation, key, format = "float", meters, meterLog, picture;
   std::vector<std::string> bypasses;
@@ -34,8 +34,8 @@ int runRender(const RenderOptions& options, Console& console);
 /// Makes a folder for output and what is missing above it. Throws Failure.
 void makeFolder(const std::filesystem::path& folder);
 
-/// The setting that a list of `--set` and then of `--raw` arguments leads to from `start`. Throws Failure.
-Setting settingFrom(Setting start, const std::vector<std::string>& sets,
+/// Does to the strip what a list of `--set` and then of `--raw` arguments says. Throws Failure.
+void applyArguments(StripRunner& strip, const std::vector<std::string>& sets,
                     const std::vector<std::string>& raws);
 
 }  // namespace corvane::cli

@@ -13,10 +13,6 @@ class Setting {
   Setting();
 
   double value(int id) const { return values[static_cast<std::size_t>(id)]; }
-  /// A person's edit, answered by the controller: a new module in an insert gets its defaults, a moved place
-  /// shifts those between, at most one monitor is on.
-  void edit(int id, double value);
-  /// The bare value, as a stored session writes it.
   void store(int id, double value) { values[static_cast<std::size_t>(id)] = value; }
   const std::array<double, kParameters>& all() const { return values; }
 

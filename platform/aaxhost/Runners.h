@@ -23,7 +23,7 @@ class OfflineRunner {
   static constexpr double kTimerSeconds = 0.03;
 
  private:
-  const double samplesPerTimer;
+  double samplesPerTimer;
   double untilTimer = 0.0;
 };
 

@@ -13,8 +13,7 @@ namespace corvane {
 
 namespace {
 
-// The state block: a head of 224 bytes, then the bank of presets.
-constexpr std::size_t kStateHeadBytes = 224;
+// in the head of a state block
 constexpr std::size_t kViewAt = 0, kMiniAt = 8;
 constexpr std::int32_t kStateVersion = 1200;
 

@@ -6,8 +6,10 @@
 
 namespace corvane {
 
-// The part of a session's state that holds presets: 8 bytes, a bank header, and three presets. [control]
+// A session's state: a head of the controller's, then the part that holds presets: 8 bytes, a bank header,
+// and three presets. [control]
 
+inline constexpr std::size_t kStateHeadBytes = 224;
 inline constexpr std::size_t kStateBankBytes = 18985;
 inline constexpr std::uint32_t kStatePresets =
     3;  ///< how many are stored: the current one and two of the bank

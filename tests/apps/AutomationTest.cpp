@@ -1,6 +1,6 @@
 #include "core/ParameterBank.h"
 #include "corvane/Automation.h"
-#include "corvane/Setting.h"
+#include "corvane/StripRunner.h"
 #include "tests/apps/CommandRig.h"
 
 namespace corvane::rig {
@@ -42,42 +42,43 @@ TEST_F(Automation, KeepsTheOrderOfTheFileWithinOneTime) {
 
 // A person's edits
 
-int position(const cli::Setting& setting, int place) {
-  return decodePosition(
-      setting.value(kRack[static_cast<std::size_t>(place)].parameterBase + kPositionOffset));
-}
+struct PersonsEdit : CommandLineTest {
+  double held(int place, int offset) const { return strip.setting().value(base(place) + offset); }
+  int position(int place) const { return decodePosition(held(place, kPositionOffset)); }
+  static int base(int place) { return kRack[static_cast<std::size_t>(place)].parameterBase; }
 
-TEST(PersonsEdit, MovesAPlaceAndShiftsThoseBetween) {
-  cli::Setting setting;
-  setting.edit(kRack[2].parameterBase + kPositionOffset, 6 / 8.0);
+  cli::StripRunner strip;
+};
+
+TEST_F(PersonsEdit, MovesAPlaceAndShiftsThoseBetween) {
+  strip.edit(base(2) + kPositionOffset, 6 / 8.0);
   const int expected[] = {0, 1, 6, 2, 3, 4, 5, 7, 8};
-  for (int place = 0; place < kPlaces; ++place) EXPECT_EQ(position(setting, place), expected[place]) << place;
-  setting.edit(kRack[2].parameterBase + kPositionOffset, 2 / 8.0);
-  for (int place = 0; place < kPlaces; ++place)
-    EXPECT_EQ(position(setting, place), place) << "there and back";
+  for (int place = 0; place < kPlaces; ++place) EXPECT_EQ(position(place), expected[place]) << place;
+  strip.edit(base(2) + kPositionOffset, 2 / 8.0);
+  for (int place = 0; place < kPlaces; ++place) EXPECT_EQ(position(place), place) << "there and back";
 }
 
-TEST(PersonsEdit, BringsTheDefaultsOfANewFamilyIntoAnInsertAndKeepsThemWithinOne) {
-  const int base = kRack[kInsertX].parameterBase, ceiling = base + 18;
+TEST_F(PersonsEdit, BringsTheDefaultsOfANewFamilyIntoAnInsertAndKeepsThemWithinOne) {
+  constexpr int kCeiling = 18;
   const auto limiter = [](int type) {
     return (familyOfKind(ModuleKind::limiter).firstInsertIndex + type - 1) / 255.0;
   };
-  cli::Setting setting;
-  setting.edit(base, limiter(1));
-  EXPECT_EQ(setting.value(ceiling), parameterDefault(210));
-  setting.edit(ceiling, 0.125);
-  setting.edit(base, limiter(2));
-  EXPECT_EQ(setting.value(ceiling), 0.125) << "another variant of the family";
-  setting.store(base, 1 / 255.0);
-  EXPECT_EQ(setting.value(ceiling), 0.125) << "a stored value knows no rule";
+  strip.edit(base(kInsertX), limiter(1));
+  EXPECT_EQ(held(kInsertX, kCeiling), parameterDefault(210));
+  strip.edit(base(kInsertX) + kCeiling, 0.125);
+  strip.edit(base(kInsertX), limiter(2));
+  EXPECT_EQ(held(kInsertX, kCeiling), 0.125) << "another variant of the family";
+  cli::Setting stored = strip.setting();
+  stored.store(base(kInsertX), 1 / 255.0);
+  strip.load(stored);
+  EXPECT_EQ(held(kInsertX, kCeiling), 0.125) << "a stored value knows no rule";
 }
 
-TEST(PersonsEdit, LeavesOneMonitorOn) {
-  cli::Setting setting;
-  setting.edit(kRack[2].parameterBase + kMonitorOffset, 1.0);
-  setting.edit(kRack[4].parameterBase + kMonitorOffset, 1.0);
-  EXPECT_EQ(setting.value(kRack[2].parameterBase + kMonitorOffset), 0.0);
-  EXPECT_EQ(setting.value(kRack[4].parameterBase + kMonitorOffset), 1.0);
+TEST_F(PersonsEdit, LeavesOneMonitorOn) {
+  strip.edit(base(2) + kMonitorOffset, 1.0);
+  strip.edit(base(4) + kMonitorOffset, 1.0);
+  EXPECT_EQ(held(2, kMonitorOffset), 0.0);
+  EXPECT_EQ(held(4, kMonitorOffset), 1.0);
 }
 
 }  // namespace

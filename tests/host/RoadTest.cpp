@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <numeric>
 
 #include "core/CorvaneMonoEffect.h"
@@ -30,7 +31,7 @@ Floats programme(std::size_t frames) {
 
 class Road : public ::testing::Test {
  protected:
-  std::shared_ptr<Library> library = Library::load(CORVANE_BUNDLE);
+  std::shared_ptr<Library> library = Library::load(std::getenv("CORVANE_PLUGIN"));
 
   std::unique_ptr<Instance> instance() {
     auto made = std::make_unique<Instance>(library, kRateHz);
