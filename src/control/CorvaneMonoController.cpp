@@ -151,12 +151,7 @@ void CorvaneMonoController::moveModule(int moved, int position) {
   bool consistent = true;
   for (int place = 0; place < kPlaces; ++place) consistent = consistent && inOrder(place);
 
-  const auto old = std::ranges::find(order, moved);
-  const auto target = order.begin() + position;
-  if (target > old)
-    std::rotate(old, old + 1, target + 1);
-  else
-    std::rotate(target, old, old + 1);
+  moveInOrder(order, moved, position);
 
   const auto previous = toldPosition;
   for (int k = 0; k < kPlaces; ++k) {

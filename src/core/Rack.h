@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 
 #include "core/ModuleFamily.h"
@@ -55,6 +56,17 @@ constexpr int decodeSwitch(double v) { return static_cast<int>(v + 0.5); }
 constexpr int decodeVariant(double v) { return static_cast<int>(v * 15.0 + 0.5); }
 constexpr int decodePosition(double v) { return static_cast<int>(v * 8.0 + 0.5); }
 constexpr int decodeInsertIndex(double v) { return static_cast<int>(v * 255.0 + 0.5); }
+
+/// Takes `place` out of an order of places and puts it in at `position`, 0 .. 8; those in between close the
+/// gap.
+inline void moveInOrder(std::array<int, kPlaces>& order, int place, int position) {
+  const auto old = std::ranges::find(order, place);
+  const auto target = order.begin() + position;
+  if (target > old)
+    std::rotate(old, old + 1, target + 1);
+  else
+    std::rotate(target, old, old + 1);
+}
 
 /// Place whose parameter group holds `id`, or -1.
 int placeOfParameter(int id);
