@@ -281,6 +281,13 @@ AAX_Result Instance::setSampleRate(double hz) {
   return AAX_SUCCESS;
 }
 
+AAX_Result Instance::refillField(AAX_CFieldIndex field) {
+  const ControlScope turn(*this);
+  return state->fields->refill(field);
+}
+
+std::span<const float> Instance::renderedMeters() const { return state->host.meters().rendered(); }
+
 void Instance::render(const Block& block) {
   const Seat seat{this, block};
   aaxhost::render({&seat, 1});

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <cstring>
 #include <memory>
 #include <span>
 #include <string>
@@ -28,6 +30,21 @@ struct Transport {
   bool playing = false;
 };
 
+/// What the render thread itself puts into a data port: a value as the process function reads it, 4 or 8
+/// bytes.
+struct PortWrite {
+  AAX_CFieldIndex field = 0;
+  std::uint64_t bytes = 0;
+
+  template <typename T>
+  static PortWrite of(AAX_CFieldIndex field, T value) {
+    PortWrite write{field};
+    static_assert(sizeof value <= sizeof write.bytes);
+    std::memcpy(&write.bytes, &value, sizeof value);
+    return write;
+  }
+};
+
 /// One block of one instance. Buffers may alias each other in any way; pointers may be null.
 struct Block {
   const float* input = nullptr;
@@ -35,6 +52,9 @@ struct Block {
   std::int32_t frames = 0;
   const float* sideChain = nullptr;      ///< null: not connected
   const Transport* transport = nullptr;  ///< null: the host has none
+  /// Values that the render thread holds, put in before the block. From then on these ports are its own:
+  /// packets for them are dropped. Fields that are no data port are passed over.
+  std::span<const PortWrite> writes{};
 };
 
 struct Seat;
@@ -98,6 +118,9 @@ class Instance {
   double sampleRate() const;
   /// Heard by the next render. Refused unless above 0 and finite.
   AAX_Result setSampleRate(double hz);
+  /// Has the plug-in fill a private field anew, one that holds no object; what that means is the plug-in's
+  /// own. Nothing renders meanwhile.
+  AAX_Result refillField(AAX_CFieldIndex field);
 
   /// Keeps other control threads out and, at its end, sends on what changed, for a caller that works on the
   /// plug-in's own objects.
@@ -116,6 +139,8 @@ class Instance {
 
   /// Packets, writes and rate that wait are taken, the process function runs, meters are published. [render]
   void render(const Block& block);
+  /// The meters' field as the last render left it, in order of the description; peaks hold 0. [render]
+  std::span<const float> renderedMeters() const;
 
  private:
   friend void render(std::span<const Seat> seats);

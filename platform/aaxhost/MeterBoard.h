@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <span>
 #include <unordered_map>
 #include <vector>
 
@@ -15,6 +16,7 @@ class MeterBoard {
 
   /// What stands in the meters field. [render]
   float* memory() { return field.data(); }
+  std::span<const float> rendered() const { return field; }
   /// After a render: plain values as they are, peaks when they are larger than what waits to be read.
   /// [render]
   void publish();

@@ -80,6 +80,13 @@ void PrivateFields::freeAll() {
   }
 }
 
+AAX_Result PrivateFields::refill(AAX_CFieldIndex field) {
+  const auto at =
+      std::find_if(all.begin(), all.end(), [field](const Held& held) { return held.index == field; });
+  if (at == all.end()) return AAX_ERROR_INVALID_FIELD_INDEX;
+  return parameters.ResetFieldData(field, at->memory->get(), at->bytes);
+}
+
 void* PrivateFields::memory(AAX_CFieldIndex field) const {
   const auto at =
       std::find_if(all.begin(), all.end(), [field](const Held& held) { return held.index == field; });

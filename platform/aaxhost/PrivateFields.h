@@ -77,6 +77,8 @@ class PrivateFields final : public AAX_IPrivateDataAccess {
   PrivateFields(const Description& description, AAX_IEffectParameters& parameters, Mode mode);
   ~PrivateFields() override;
 
+  /// Fills a field anew through the plug-in. [control], while nothing renders
+  AAX_Result refill(AAX_CFieldIndex field);
   /// Null for an index that is no private field.
   void* memory(AAX_CFieldIndex field) const;
 

@@ -32,6 +32,8 @@ RenderContext::RenderContext(const Description& description, HostSide& hostSide,
   }
   table.assign(static_cast<std::size_t>(last) + 1, nullptr);
   packets.assign(ports, 0);
+  isOurs.assign(ports, 0);
+  portOfField.assign(table.size(), -1);
   std::size_t port = 0;
   for (const Field& field : description.fields) {
     void*& at = table[static_cast<std::size_t>(field.index)];
@@ -46,7 +48,10 @@ RenderContext::RenderContext(const Description& description, HostSide& hostSide,
         at = static_cast<AAX_IMIDINode*>(field.midiType == AAX_eMIDINodeType_Transport ? &transportNode
                                                                                        : &otherNode);
         break;
-      case FieldKind::DataInPort: at = &packets[port++]; break;
+      case FieldKind::DataInPort:
+        portOfField[static_cast<std::size_t>(field.index)] = static_cast<int>(port);
+        at = &packets[port++];
+        break;
       case FieldKind::PrivateData: at = fields.memory(field.index); break;
     }
   }
@@ -61,13 +66,26 @@ void RenderContext::begin(const Block& block) {
   frames = std::max(block.frames, 0);
   rate = host.sampleRate();
   transportNode.song = block.transport;
-  const auto arrive = [this](std::uint32_t port, std::uint64_t bytes) { packets[port] = bytes; };
+  takeValues(block.writes);
+  fields.beforeRender();
+}
+
+void RenderContext::takeValues(std::span<const PortWrite> writes) {
+  for (const PortWrite& write : writes) {
+    const auto field = static_cast<std::size_t>(write.field);
+    if (field >= portOfField.size() || portOfField[field] < 0) continue;
+    const auto port = static_cast<std::size_t>(portOfField[field]);
+    packets[port] = write.bytes;
+    isOurs[port] = 1;
+  }
+  const auto arrive = [this](std::uint32_t port, std::uint64_t bytes) {
+    if (!isOurs[port]) packets[port] = bytes;
+  };
   host.packets().take(arrive);
   if (mode == Mode::Offline) {  // control and render are one thread: what found no room can go now
     host.packets().flush();
     host.packets().take(arrive);
   }
-  fields.beforeRender();
 }
 
 void RenderContext::end() {

@@ -24,6 +24,8 @@ class RenderContext {
   void end();
 
  private:
+  void takeValues(std::span<const PortWrite> writes);
+
   class Node final : public AAX_IMIDINode, public AAX_ITransport {
    public:
     const Transport* song = nullptr;
@@ -38,6 +40,8 @@ class RenderContext {
   const Mode mode;
   std::vector<void*> table;            ///< by field index
   std::vector<std::uint64_t> packets;  ///< by port, the last that came
+  std::vector<int> portOfField;        ///< by field index, -1 where it is no data port
+  std::vector<char> isOurs;            ///< by port: the render thread has written it, and does from then on
   float* inputs[2] = {};               ///< main, side chain
   float* outputs[1] = {};
   std::int32_t frames = 0, sideChainIndex = 0;

@@ -115,11 +115,15 @@ void processOne(const Record& record) {
   takeTransport(record.table<AAX_IMIDINode>(kTransportField), shared.adapter.record);
 
   const float rate = record.at<const float>(kSampleRateField);
-  if (float& rateSeen = record.at<float>(kRateSeenField); rate != rateSeen) {
+  float& rateSeen = record.at<float>(kRateSeenField);
+  // A host that fills the field anew while sound has run wants to begin from silence.
+  const bool fromSilence = rateSeen == kNeverSeen && shared.seenValues[kProcessId] != kNeverSeen;
+  if (rate != rateSeen) {
     rateSeen = rate;
     effect.setSampleRate(static_cast<double>(rate));
   }
   takeParameters(record, shared, effect);
+  if (fromSilence) effect.reset();
   takeCommands(shared, effect);
   record.at<std::int32_t>(kLatencySeenField) = effect.getLatencySamples();
   effect.masterProcessor = &shared.adapter;

@@ -69,6 +69,28 @@ TEST_P(InstanceOf, AutomationIsHeardAtOnceWithoutATouch) {
   EXPECT_EQ(heard(), 1.0f);
 }
 
+TEST_P(InstanceOf, APortThatTheRenderThreadHasWrittenIsItsOwn) {
+  instance.automate("gain", 1.0);
+  EXPECT_EQ(heard(), 1.0f);
+  const PortWrite half[] = {PortWrite::of(10, 0.5f), PortWrite::of(20, 7.0f), PortWrite::of(-1, 7.0f),
+                            PortWrite::of(4000, 7.0f)};
+  EXPECT_EQ(heard({.writes = half}), 0.5f) << "fields that are no data port are passed over";
+  instance.automate("gain", 0.25);
+  instance.automate("twin", 0.25);
+  EXPECT_EQ(heard(), 0.5f) << "a packet for it is dropped";
+  EXPECT_EQ(instance.renderedMeters()[2], 0.5f);
+  const PortWrite again[] = {PortWrite::of(10, 0.75f)};
+  EXPECT_EQ(heard({.writes = again}), 0.75f);
+}
+
+TEST_P(InstanceOf, RefillsAPrivateFieldThroughThePlugIn) {
+  heard();
+  fake.probe.takeLog();
+  EXPECT_EQ(instance.refillField(kFakeShared), AAX_SUCCESS);
+  EXPECT_EQ(fake.probe.takeLog(), Lines{"fill 20"});
+  EXPECT_EQ(instance.refillField(10), AAX_ERROR_INVALID_FIELD_INDEX);
+}
+
 TEST_P(InstanceOf, ARequestIsAnsweredLaterWithTheTouchOfItsMoment) {
   fake.probe.takeLog();
   EXPECT_EQ(instance.edit("gain", 0.5), AAX_SUCCESS);
