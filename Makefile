@@ -1,7 +1,7 @@
 # Two commands do everything on a fresh Debian 12: `make demo` and `make test`.
 # They install what packages.txt lists and this machine lacks, build in build/, and run.
 
-.PHONY: all build demo test sanitize tsan bench audition docs lint clean
+.PHONY: all build lv2 demo test sanitize tsan bench audition docs lint clean
 
 all: build
 
@@ -9,6 +9,12 @@ build:
 	@sh packages.sh packages.txt
 	@cmake --preset release --log-level=WARNING
 	@cmake --build build
+
+# The LV2 bundle alone: build/corvane.lv2.
+lv2:
+	@sh packages.sh packages.txt
+	@cmake --preset release --log-level=WARNING
+	@cmake --build build --target corvane_lv2
 
 # Four settings on a recorded voice: a table here, files and pictures in demo/.
 demo: build

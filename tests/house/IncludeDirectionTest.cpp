@@ -30,7 +30,8 @@ const std::map<std::string, std::set<std::string>> kMay{
     {"platform/aaxhost", {"platform/aax", "platform/system"}},
     {"apps/corvane", {"src/core", "src/modules", "src/control", "platform/aaxhost", "platform/system"}},
     {"apps/audition", {"src/core", "src/modules", "src/control", "apps/corvane"}},
-    {"apps/lv2", {"src/core", "src/modules", "src/control", "platform/aaxhost"}},
+    // src/host for the numbers of its fields alone
+    {"apps/lv2", {"src/core", "src/modules", "src/control", "src/host", "platform/aaxhost"}},
 };
 
 /// Headers of an operating system; only platform/system may know one.
