@@ -12,6 +12,7 @@
 #include "corvane/PresetsCommand.h"
 #include "corvane/RenderCommand.h"
 #include "corvane/Words.h"
+#include "corvane/session/SessionCommand.h"
 
 namespace corvane::cli {
 
@@ -55,10 +56,12 @@ int runCommandLine(int argc, const char* const* argv, Console& console) {
   PresetsOptions presets;
   ShowOptions show;
   DemoOptions demo;
+  SessionOptions session;
   addRenderCommand(app, render);
   addParamsCommand(app, params);
   addPresetsCommand(app, presets);
   addShowCommand(app, show);
+  addSessionCommand(app, session);
   addDemoCommand(app, demo);
   if (isUnknownCommand(app, argc, argv)) {
     console.error(
@@ -82,6 +85,7 @@ int runCommandLine(int argc, const char* const* argv, Console& console) {
     if (app.got_subcommand("render")) return runRender(render, console);
     if (app.got_subcommand("presets")) return runPresets(presets, console);
     if (app.got_subcommand("show")) return runShow(show, console);
+    if (app.got_subcommand("session")) return runSession(session, console);
     if (app.got_subcommand("demo")) return runDemo(demo, console);
     return runParams(params, console);
   } catch (const Failure& failure) {

@@ -28,6 +28,11 @@ void Console::writeError(const std::string& text) {
   err << text << std::flush;
 }
 
+void Console::flush() {
+  const std::lock_guard lock(mutex);
+  out.flush();
+}
+
 void Console::status(const std::string& line) {
   if (!terminal) return;
   const std::lock_guard lock(mutex);

@@ -26,6 +26,8 @@ class Console {
   }
   void error(const std::string& text) { writeError("error: " + text + "\n"); }
 
+  /// What was printed is there for whoever waits for it.
+  void flush();
   /// A line that the next one replaces; nothing unless a person watches.
   void status(const std::string& line);
   bool watched() const { return terminal; }

@@ -21,8 +21,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::size_t kLargestPresetBytes = 1 << 20;  // far more than any preset
-constexpr std::size_t kNearestShown = 3;
-constexpr std::int32_t kPlainZoom = 100;  // per cent, of a window that nobody opened
+constexpr std::int32_t kPlainZoom = 100;              // per cent, of a window that nobody opened
 
 bool isPresetFile(const std::string& words) { return lowerCase(words).ends_with(".qdx"); }
 
@@ -68,21 +67,6 @@ LoadedPreset fromFile(ListedPreset preset) {
   return loaded;
 }
 
-std::string nearestPresets(const std::string& words, const std::vector<ListedPreset>& presets) {
-  std::vector<std::pair<std::size_t, std::string>> near;
-  const std::string part = lowerCase(words);
-  for (const auto& preset : presets) {
-    const bool holds = !part.empty() && lowerCase(preset.name).find(part) != std::string::npos;
-    const std::size_t distance = holds ? 1 : editDistance(words, preset.name);
-    if (distance <= std::max<std::size_t>(2, words.size() / 3)) near.emplace_back(distance, preset.name);
-  }
-  std::ranges::stable_sort(near, {}, &std::pair<std::size_t, std::string>::first);
-  std::string names;
-  for (std::size_t k = 0; k < std::min(kNearestShown, near.size()); ++k)
-    names += (names.empty() ? "" : ", ") + near[k].second;
-  return names;
-}
-
 LoadedPreset fromName(const std::string& words) {
   std::vector<ListedPreset> presets = factoryPresets();
   std::ranges::move(userPresets(), std::back_inserter(presets));
@@ -97,7 +81,9 @@ LoadedPreset fromName(const std::string& words) {
     refuse("several presets have the name \"{}\": {}", words, which);
   }
   if (found.size() == 1) return found[0]->index >= 0 ? fromFactory(*found[0]) : fromFile(*found[0]);
-  const std::string near = nearestPresets(words, presets);
+  std::vector<std::string> names;
+  for (const auto& preset : presets) names.push_back(preset.name);
+  const std::string near = nearestOf(words, names);
   if (near.empty()) refuse("no preset \"{}\"; `corvane presets` lists all", words);
   refuse("no preset \"{}\"; nearest: {}", words, near);
 }

@@ -12,6 +12,7 @@
 #include "corvane/Failure.h"
 #include "corvane/Interrupt.h"
 #include "corvane/MeterFiles.h"
+#include "corvane/NumberRange.h"
 #include "corvane/ParameterNames.h"
 #include "corvane/ParameterWords.h"
 #include "corvane/Presets.h"
@@ -30,17 +31,6 @@ namespace {
 
 constexpr int kMostJobs = 256;
 constexpr int kLongestTailSeconds = 3600;
-
-/// The range of a number on the command line, with our words for a number outside.
-CLI::Validator within(int low, int high) {
-  return CLI::Validator(
-      [=](const std::string& text) {
-        const auto number = numberOf(text);
-        if (number && *number >= low && *number <= high) return std::string();
-        return fmt::format("\"{}\" is not a number from {} to {}", text, low, high);
-      },
-      "");
-}
 
 struct Job {
   fs::path input, output;

@@ -80,6 +80,8 @@ void StripRunner::restore(const aaxhost::Chunk& state) {
   if (!host->instance.settle()) fail("the strip's rules never come to rest");
 }
 
+aaxhost::Instance& StripRunner::instance() { return host->instance; }
+
 Setting StripRunner::setting() const {
   Setting held;
   for (int id = 0; id < kParameters; ++id) {

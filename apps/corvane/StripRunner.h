@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "corvane/Setting.h"
-#include "platform/aaxhost/Chunk.h"
+#include "platform/aaxhost/Instance.h"
 
 namespace corvane::cli {
 
@@ -33,6 +33,8 @@ class StripRunner {
   void restore(const aaxhost::Chunk& state);
   /// What the host's parameters hold, automation included.
   Setting setting() const;
+  /// For what only a whole host does.
+  aaxhost::Instance& instance();
 
   /// A host's automation, without touch: heard by the next block, not part of the state.
   void automate(int id, double value);

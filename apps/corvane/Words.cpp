@@ -1,6 +1,6 @@
 #include "corvane/Words.h"
 
-#include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <charconv>
@@ -47,6 +47,24 @@ std::size_t editDistance(std::string_view a, std::string_view b) {
     }
   }
   return row.back();
+}
+
+std::string joined(const std::vector<std::string>& words) { return fmt::format("{}", fmt::join(words, " ")); }
+
+std::string nearestOf(std::string_view asked, const std::vector<std::string>& names) {
+  constexpr std::size_t kNearestShown = 3;
+  std::vector<std::pair<std::size_t, std::string_view>> near;
+  const std::string part = lowerCase(asked);
+  for (const auto& name : names) {
+    const bool holds = !part.empty() && lowerCase(name).find(part) != std::string::npos;
+    const std::size_t distance = holds ? 1 : editDistance(asked, name);
+    if (distance <= std::max<std::size_t>(2, asked.size() / 3)) near.emplace_back(distance, name);
+  }
+  std::ranges::stable_sort(near, {}, &std::pair<std::size_t, std::string_view>::first);
+  near.resize(std::min(kNearestShown, near.size()));
+  std::string list;
+  for (const auto& [distance, name] : near) list += (list.empty() ? "" : ", ") + std::string(name);
+  return list;
 }
 
 std::string shortest(double value) { return fmt::format("{}", value); }

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace corvane::cli {
 
@@ -14,6 +15,10 @@ std::string lowerCase(std::string_view text);
 std::optional<double> numberOf(std::string_view text);
 /// Letters to insert, drop or replace to get from one to the other, letter case aside.
 std::size_t editDistance(std::string_view a, std::string_view b);
+/// The words with blanks between them.
+std::string joined(const std::vector<std::string>& words);
+/// Up to three of `names` that a person may have meant, the nearest first, parted by commas; empty for none.
+std::string nearestOf(std::string_view asked, const std::vector<std::string>& names);
 /// Shortest decimal number that reads back as `value`.
 std::string shortest(double value);
 /// dB of a linear gain, "-inf" for 0.
