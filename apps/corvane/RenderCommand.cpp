@@ -93,11 +93,28 @@ RenderPlan planFrom(const RenderOptions& options, const Setting& setting) {
   plan.format = *format;
   plan.blockFrames = options.blockFrames;
   plan.tailSeconds = options.tailSeconds;
-  if (!options.picture.empty()) plot::isVectorName(options.picture);  // a wrong name is told before the work
   if (!options.key.empty()) plan.key = options.key;
   if (!options.automation.empty())
     plan.automation = readAutomation(options.automation,
                                      [&](std::string_view name) { return parameterFromName(name, setting); });
+  return plan;
+}
+
+/// What stands on the picture, and its size. A wrong name or size is told before the work.
+struct PicturePlan {
+  std::string title;  ///< empty: the input's name
+  std::optional<plot::PictureSize> size;
+};
+
+PicturePlan pictureFrom(const RenderOptions& options) {
+  PicturePlan plan;
+  if (options.picture.empty()) return plan;
+  plot::isVectorName(options.picture);
+  plan.title = options.pictureTitle;
+  if (plan.title.empty() && !options.preset.empty()) plan.title = loadPreset(options.preset).listed.name;
+  if (!options.pictureSize.empty())
+    withArgument("--picture-size", options.pictureSize,
+                 [&] { plan.size = plot::pictureSizeFrom(options.pictureSize); });
   return plan;
 }
 
@@ -159,9 +176,10 @@ void noteClampedRate(const Job& job, double rateHz, Console& console) {
 /// All jobs, several at a time. Strips are made in the order of the inputs, whoever is ready first.
 class Batch {
  public:
-  Batch(const RenderPlan& renderPlan, const RenderOptions& renderOptions, StripMaker& strips,
-        std::vector<Job>& batchJobs, Console& batchConsole)
+  Batch(const RenderPlan& renderPlan, const PicturePlan& picturePlan, const RenderOptions& renderOptions,
+        StripMaker& strips, std::vector<Job>& batchJobs, Console& batchConsole)
       : plan(renderPlan),
+        picture(picturePlan),
         options(renderOptions),
         maker(strips),
         jobs(batchJobs),
@@ -218,16 +236,20 @@ class Batch {
     job.report = render.run(job.output, listener, [&](std::int64_t frames) { progress.advance(frames); });
     if (log) log->commit();
     if (trace) {
-      const std::string details = fmt::format(
-          "{}, {} Hz", job.report.channels == 1 ? "mono" : fmt::format("{} channels", job.report.channels),
-          job.report.rateHz);
-      plot::drawLevels(*trace, job.report, {job.input.filename().string(), details}, options.picture);
+      const std::string name = job.input.filename().string();
+      const std::string details =
+          fmt::format("{}{}, {} Hz", picture.title.empty() ? "" : name + ", ",
+                      job.report.channels == 1 ? "mono" : fmt::format("{} channels", job.report.channels),
+                      job.report.rateHz);
+      const plot::LevelsCaption caption{picture.title.empty() ? name : picture.title, details};
+      plot::drawLevels(*trace, job.report, caption, options.picture, picture.size);
     }
     if (!options.meters.empty()) job.meters = meterReadings(render.strips());
     if (!options.quiet) tell(job, console);
   }
 
   const RenderPlan& plan;
+  const PicturePlan& picture;
   const RenderOptions& options;
   StripMaker& maker;
   std::vector<Job>& jobs;
@@ -340,6 +362,12 @@ void addRenderCommand(CLI::App& app, RenderOptions& o) {
       ->type_name("FILE.csv");
   render->add_option("--picture", o.picture, "Draws waveforms and gain reduction over time")
       ->type_name("FILE.png|svg");
+  render
+      ->add_option("--picture-title", o.pictureTitle,
+                   "Words at the head of the picture (the preset's name, else the input's)")
+      ->type_name("TEXT");
+  render->add_option("--picture-size", o.pictureSize, "Pixels of the picture (1920x1200, as SVG 960x600)")
+      ->type_name("WIDTHxHEIGHT");
   render->add_option("--save-preset", o.savePreset, "Writes the setting as a preset, once all is rendered")
       ->type_name("FILE.qdx");
   render
@@ -357,12 +385,13 @@ int runRender(const RenderOptions& options, Console& console) {
   StripRunner start = startFrom(options);
   const Setting setting = start.setting();
   const RenderPlan plan = planFrom(options, setting);
+  const PicturePlan picture = pictureFrom(options);
   std::vector<Job> jobs = jobsFrom(options, plan.format);
   if (!options.outputFolder.empty()) makeFolder(options.outputFolder);
   const auto processors = static_cast<std::size_t>(std::max(1U, std::thread::hardware_concurrency()));
   const std::size_t workers = options.jobs > 0 ? static_cast<std::size_t>(options.jobs) : processors;
   StripMaker maker(std::move(start));
-  Batch(plan, options, maker, jobs, console).run(std::min(workers, jobs.size()));
+  Batch(plan, picture, options, maker, jobs, console).run(std::min(workers, jobs.size()));
   stopIfInterrupted();
   const bool allDone = std::ranges::none_of(jobs, [](const Job& job) { return job.failure != nullptr; });
   if (!options.meters.empty() && (allDone || jobs.size() > 1)) writeMeters(options.meters, jobs);

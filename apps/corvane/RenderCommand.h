@@ -19,7 +19,8 @@ struct RenderOptions {
   std::string output, outputFolder;
   std::string preset, state, savePreset, saveState;
   std::vector<std::string> sets, raws;
-  std::string automation, key, format = "float", meters, meterLog, picture;
+  std::string automation, key, format = "float", meters, meterLog;
+  std::string picture, pictureTitle, pictureSize;
   std::vector<std::string> bypasses;
   int blockFrames = 512;
   double tailSeconds = 0.0;

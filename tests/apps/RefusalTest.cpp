@@ -49,6 +49,12 @@ TEST_F(Refusal, OfAnArgumentNamesItAndTheWayOut) {
   expectRefused({"--block", "0"}, 2,
                 "--block: \"0\" is not a number from 1 to 65536; see `corvane render --help`");
   expectRefused({"--picture", "p.jpg"}, 2, "a picture's name must end in .png or .svg, not \"p.jpg\"");
+  const std::string form = "must be WIDTHxHEIGHT, each 480 to 8192 pixels";
+  for (const char* size : {"960", "960x", "x600", "960x479", "8193x4000", "960x600.5", "960x600x2"})
+    expectRefused({"--picture", "p.png", "--picture-size", size}, 2,
+                  std::string("--picture-size ") + size + ": " + form);
+  expectRefused({"--picture", "p.png", "--picture-size", "1201x480"}, 2,
+                "--picture-size 1201x480: must not be flatter than 2.5:1 nor taller than 1:2");
 }
 
 TEST_F(Refusal, ListsTheNearestNamesFirstOfTheSameGroupThenOfOthers) {

@@ -134,6 +134,31 @@ TEST_F(Render, DrawsAPictureAlsoOfNothing) {
   }
 }
 
+// Pixels across and down, as the head of a PNG tells them.
+std::pair<int, int> pixelsOf(const std::string& png) {
+  const auto word = [&](std::size_t at) {
+    int value = 0;
+    for (std::size_t k = 0; k < 4; ++k) value = value << 8 | static_cast<unsigned char>(png.at(at + k));
+    return value;
+  };
+  return {word(16), word(20)};
+}
+
+TEST_F(Render, DrawsThePictureInTheSizeAskedForUnderThePresetsName) {
+  write("in.wav", {48000, {noise(5000)}});
+  const auto picture = [&](std::vector<std::string> more) {
+    more.insert(more.end(), {"--preset", "HiFi Vocal", "--picture", at("p.png")});
+    EXPECT_EQ(render("in.wav", "out.wav", more).code, 0);
+    return bytes("p.png");
+  };
+  EXPECT_EQ(pixelsOf(picture({})), std::pair(1920, 1200));
+  const std::string small = picture({"--picture-size", "960x600"});
+  EXPECT_EQ(pixelsOf(small), std::pair(960, 600));
+  EXPECT_EQ(pixelsOf(picture({"--picture-size", "800x1200"})), std::pair(800, 1200));
+  EXPECT_EQ(picture({"--picture-size", "960x600", "--picture-title", "HiFi Vocal"}), small);
+  EXPECT_NE(picture({"--picture-size", "960x600", "--picture-title", "A voice"}), small);
+}
+
 TEST_F(Render, DoesNotDependOnTheNumberOfJobs) {
   // Strips differ by the order in which a process makes them, so each run is a process of its own.
   std::string inputs;

@@ -14,7 +14,10 @@ namespace corvane::plot {
 
 namespace {
 
-constexpr double kPixelsPerPoint = 2.0;  // sharp on dense screens
+constexpr double kUsualHeightPoints = 600.0;
+constexpr int kPixelsPerPoint = 2;  // where nobody asks for a size
+constexpr int kFewestPixels = 480, kMostPixels = 8192;
+constexpr double kFlattest = 2.5, kTallest = 0.5;  // width to height
 constexpr const char* kFont = "DejaVu Sans";
 
 cairo_status_t append(void* closure, const unsigned char* data, unsigned int length) {
@@ -29,15 +32,36 @@ void setColour(cairo_t* cairo, Colour c) { cairo_set_source_rgba(cairo, c.red, c
 void Canvas::Release::operator()(_cairo* context) const { cairo_destroy(context); }
 void Canvas::Release::operator()(_cairo_surface* drawn) const { cairo_surface_destroy(drawn); }
 
-Canvas::Canvas(double width, double height, bool vector)
-    : isVector(vector),
-      surface(vector
-                  ? cairo_svg_surface_create_for_stream(append, &bytes, width, height)
-                  : cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(width * kPixelsPerPoint),
-                                               static_cast<int>(height * kPixelsPerPoint))),
-      cairo(cairo_create(surface.get())) {
-  if (!vector) cairo_scale(cairo.get(), kPixelsPerPoint, kPixelsPerPoint);
-  fill({0.0, 0.0, width, height}, kGround);
+PictureSize pictureSizeFrom(const std::string& words) {
+  const auto cross = words.find('x');
+  const auto pixels = [](std::string_view text) {
+    const auto number = cli::numberOf(text);
+    return number && *number == std::floor(*number) && *number >= kFewestPixels && *number <= kMostPixels
+               ? static_cast<int>(*number)
+               : 0;
+  };
+  const std::string_view whole = words;
+  const int width = pixels(whole.substr(0, cross)),
+            height = cross == whole.npos ? 0 : pixels(whole.substr(cross + 1));
+  if (width == 0 || height == 0)
+    cli::refuse("must be WIDTHxHEIGHT, each {} to {} pixels", kFewestPixels, kMostPixels);
+  const double shape = static_cast<double>(width) / height;
+  if (shape > kFlattest || shape < kTallest)
+    cli::refuse("must not be flatter than {}:1 nor taller than 1:{}", kFlattest, 1.0 / kTallest);
+  return {width, height};
+}
+
+Canvas::Canvas(std::optional<PictureSize> size, bool vector)
+    : heightPoints(size ? kWidthPoints * size->height / size->width : kUsualHeightPoints), isVector(vector) {
+  const int scale = vector ? 1 : kPixelsPerPoint;
+  const PictureSize pixels = size.value_or(
+      PictureSize{static_cast<int>(kWidthPoints) * scale, static_cast<int>(kUsualHeightPoints) * scale});
+  surface.reset(vector ? cairo_svg_surface_create_for_stream(append, &bytes, pixels.width, pixels.height)
+                       : cairo_image_surface_create(CAIRO_FORMAT_RGB24, pixels.width, pixels.height));
+  cairo.reset(cairo_create(surface.get()));
+  const double perPoint = pixels.width / kWidthPoints;
+  cairo_scale(cairo.get(), perPoint, perPoint);
+  fill({0.0, 0.0, kWidthPoints, heightPoints}, kGround);
 }
 
 Canvas::~Canvas() = default;

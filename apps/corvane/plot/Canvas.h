@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -38,13 +39,27 @@ struct Box {
 
 enum class Align { left, centre, right };
 
-/// A drawing in points, written as PNG (two pixels to a point) or SVG, by the ending of the file's name.
+/// Of a whole picture, in pixels. Whatever its size, a picture is kWidthPoints wide for those who draw.
+struct PictureSize {
+  int width, height;
+};
+inline constexpr double kWidthPoints = 960.0;
+
+/// "960x600". Throws Failure for another form, for too few or too many pixels, and for a shape into which no
+/// picture of ours fits.
+PictureSize pictureSizeFrom(const std::string& words);
+
+/// A drawing in points, written as PNG or SVG, by the ending of the file's name.
 class Canvas {
  public:
-  Canvas(double width, double height, bool vector);
+  /// Without a size: kWidthPoints by 600 points, in a PNG two pixels to a point for dense screens.
+  Canvas(std::optional<PictureSize> size, bool vector);
   ~Canvas();
   Canvas(const Canvas&) = delete;
   Canvas& operator=(const Canvas&) = delete;
+
+  /// Height in points; the width is kWidthPoints.
+  double height() const { return heightPoints; }
 
   void fill(const Box& box, Colour colour);
   void fillRounded(const Box& box, double radius, Colour colour);
@@ -66,6 +81,7 @@ class Canvas {
     void operator()(_cairo* context) const;
     void operator()(_cairo_surface* surface) const;
   };
+  double heightPoints;
   std::string bytes;  ///< of the vector form, as cairo hands it over
   bool isVector;
   std::unique_ptr<_cairo_surface, Release> surface;

@@ -19,10 +19,10 @@ namespace {
 constexpr std::int64_t kBinFrames = 16;  // a third of a millisecond: finer than a column of the picture
 
 // Points.
-constexpr double kWidth = 960.0, kHeight = 600.0, kMargin = 28.0;
+constexpr double kMargin = 28.0;
 constexpr double kTitleSize = 19.0, kSubtitleSize = 11.5, kLabelSize = 10.0, kPanelTitleSize = 11.5;
 constexpr double kAxisRoom = 44.0, kFigureRoom = 118.0;  // left and right of the curves
-constexpr double kPanelsTop = 84.0, kPanelsBottom = kHeight - 46.0, kPanelGap = 14.0;
+constexpr double kPanelsTop = 84.0, kBelowPanels = 46.0, kPanelGap = 14.0;
 constexpr double kCurvePadding = 8.0;
 constexpr double kReductionShare = 0.3;  // of the height of the panels
 constexpr double kGhostAlpha = 0.6;
@@ -35,7 +35,7 @@ struct Frame {
 };
 
 Frame frameAt(double top, double height) {
-  const Box panel{kMargin, top, kWidth - 2.0 * kMargin, height};
+  const Box panel{kMargin, top, kWidthPoints - 2.0 * kMargin, height};
   return {panel,
           {panel.left + kAxisRoom, panel.top + kCurvePadding, panel.width - kAxisRoom - kFigureRoom,
            panel.height - 2.0 * kCurvePadding}};
@@ -62,9 +62,10 @@ std::string withMinus(const std::string& number) {
 
 class LevelsDrawing {
  public:
-  LevelsDrawing(const LevelTrace& levelTrace, const cli::RenderReport& renderReport, bool vector)
-      : trace(levelTrace), report(renderReport), canvas(kWidth, kHeight, vector) {
-    const double room = kPanelsBottom - kPanelsTop - 2.0 * kPanelGap;
+  LevelsDrawing(const LevelTrace& levelTrace, const cli::RenderReport& renderReport,
+                std::optional<PictureSize> size, bool vector)
+      : trace(levelTrace), report(renderReport), canvas(size, vector) {
+    const double room = canvas.height() - kBelowPanels - kPanelsTop - 2.0 * kPanelGap;
     const double reductionHeight = room * kReductionShare, waveHeight = (room - reductionHeight) / 2.0;
     input = frameAt(kPanelsTop, waveHeight);
     output = frameAt(input.panel.bottom() + kPanelGap, waveHeight);
@@ -256,8 +257,8 @@ LevelTrace::Bin LevelTrace::between(double from, double to) const {
 }
 
 void drawLevels(const LevelTrace& trace, const cli::RenderReport& report, const LevelsCaption& caption,
-                const std::filesystem::path& path) {
-  LevelsDrawing drawing(trace, report, isVectorName(path));
+                const std::filesystem::path& path, std::optional<PictureSize> size) {
+  LevelsDrawing drawing(trace, report, size, isVectorName(path));
   drawing.draw(caption);
   drawing.picture().write(path);
 }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "corvane/Render.h"
+#include "corvane/plot/Canvas.h"
 
 namespace corvane::plot {
 
@@ -37,6 +38,6 @@ struct LevelsCaption {
 
 /// Draws waveform in, waveform out and gain reduction over time. Throws Failure.
 void drawLevels(const LevelTrace& trace, const cli::RenderReport& report, const LevelsCaption& caption,
-                const std::filesystem::path& path);
+                const std::filesystem::path& path, std::optional<PictureSize> size = {});
 
 }  // namespace corvane::plot
