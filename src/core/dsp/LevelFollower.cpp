@@ -7,47 +7,32 @@
 
 #include "core/dsp/Biquad.h"
 #include "core/dsp/Pair.h"
+#include "core/dsp/ReleaseRun.h"
 
 namespace corvane {
 
 namespace {
 
 constexpr double kFlushMatters = 1e-12;  // below this level the flush changes what a follower does
-constexpr int kRun = 8;                  // samples that fall in one step
+constexpr int kRun = ReleaseRun::kLength;
 constexpr int kMostRuns = kBlockFrames / kRun;
-
-/// What a release does over a run in which no sample reaches the level: one step in place of kRun.
-///
-///   level (1 - r)^kRun + sum of r (1 - r)^(kRun - 1 - i) |x_i|  =  level - level drop + sum of weight_i
-///   |x_i|
-struct Fall {
-  double release;  ///< r
-  double drop;     ///< 1 - (1 - r)^kRun, by doubling, which keeps all its digits
-  Pair weights[kRun / 2];
-
-  explicit Fall(double r) : release(r), drop(r) {
-    for (int n = 1; n < kRun; n *= 2) drop *= 2.0 - drop;
-    double weight = r;
-    for (int i = kRun - 1; i >= 0; --i, weight *= 1.0 - r) weights[i / 2][i % 2] = weight;
-  }
-};
 
 /// The runs of a block as far as they do not hang on the level.
 struct Runs {
-  double drop;                ///< of `Fall`
+  double drop;                ///< of `ReleaseRun`
   double highest[kMostRuns];  ///< magnitude
-  double lift[kMostRuns];     ///< the sum of `Fall`
+  double lift[kMostRuns];     ///< sum of weighted magnitudes
 };
 
-void lookAhead(const double* samples, int runs, const Fall& fall, Runs& to) {
-  to.drop = fall.drop;
+void lookAhead(const double* samples, int runs, const ReleaseRun& release, Runs& to) {
+  to.drop = release.drop;
   for (int k = 0; k < runs; ++k) {
     Pair highest{}, lift{};
     for (int i = 0; i < kRun; i += 2) {
       const double* x = samples + k * kRun + i;
       const Pair magnitude = absolute(Pair{x[0], x[1]});
       highest = magnitude > highest ? magnitude : highest;
-      lift += fall.weights[i / 2] * magnitude;
+      lift += release.weights[i / 2] * magnitude;
     }
     to.highest[k] = std::max(highest[0], highest[1]);
     to.lift[k] = lift[0] + lift[1];
@@ -82,17 +67,17 @@ template <std::size_t kMost>
 void followCourses(const std::array<LevelJob*, kMost>& jobs, std::size_t count, int frames) {
   const int runs = frames / kRun;
   std::array<Runs, kMost> ahead;
-  Fall fall(0.0);
+  ReleaseRun release(0.0);
   for (std::size_t j = 0; j < count; ++j) {
-    if (jobs[j]->release != fall.release) fall = Fall(jobs[j]->release);
-    lookAhead(jobs[j]->samples, runs, fall, ahead[j]);
+    if (jobs[j]->release != release.share) release = ReleaseRun(jobs[j]->release);
+    lookAhead(jobs[j]->samples, runs, release, ahead[j]);
   }
   for (int k = 0; k < runs; ++k)
     for (std::size_t j = 0; j < count; ++j) {
       LevelJob& job = *jobs[j];
-      const double lowest = job.level - job.level * ahead[j].drop;
-      if (ahead[j].highest[k] < lowest && lowest > kFlushMatters)
-        job.level = lowest + ahead[j].lift[k];
+      const double fallen = (job.level - job.level * ahead[j].drop) + ahead[j].lift[k];
+      if (ahead[j].highest[k] <= fallen && fallen > kFlushMatters)  // it falls all the way
+        job.level = fallen;
       else
         followEach(job, k * kRun, (k + 1) * kRun);
     }

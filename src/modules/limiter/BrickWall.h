@@ -2,8 +2,6 @@
 
 #include <cstdint>
 
-#include "modules/limiter/TrailingFollower.h"
-
 namespace corvane::limiter {
 
 // Brick-wall limiter: the level follows the key upwards at once, so that in the hard form no sample passes
@@ -24,7 +22,6 @@ inline constexpr int kBrickModes = 3;
 struct BrickWallCoefficients {
   double fastFall = 0.0;  ///< detector of modes 0 and 1
   double slow1 = 0.0;     ///< mode 0: share per sample and unit of distance
-  double steepest = 0.0;  ///< mode 0: distance from which the fall is a quarter of it
   double slow2 = 0.0;     ///< mode 1
   double slow3 = 0.0;     ///< mode 2, each stage
 };
@@ -38,10 +35,8 @@ struct BrickWallState {
   double brickStage1 = 0.0, brickStage2 = 0.0, brickStage3 = 0.0;
 };
 
-/// Gains for `frames` (at most a block) of rectified key; `beside` takes as many steps. `mode`: 0 ..
-/// kBrickModes - 1.
+/// Gains for `frames` (at most a block) of rectified key. `mode`: 0 .. kBrickModes - 1.
 void brickWallGains(const double* rectifiedKey, int frames, double ceilingInverse, std::int32_t mode,
-                    bool soft, const BrickWallCoefficients& c, BrickWallState& state, double* gains,
-                    TrailingFollower& beside);
+                    bool soft, const BrickWallCoefficients& c, BrickWallState& state, double* gains);
 
 }  // namespace corvane::limiter

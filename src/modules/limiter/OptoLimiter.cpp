@@ -15,7 +15,8 @@ constexpr double kPeakShare = 0.93;
 constexpr double kSoftBias = 0.01, kHardBias = 0.05;
 constexpr double kFastestFall = 0.0333;  // share of the distance per sample that the cell can fall
 constexpr double kFallScale = 0.25 * 0.145;
-constexpr double kSeriesEnd = 0.0625;  // argument of the arc tangent up to which its series serves
+constexpr double kSeriesEnd = 0.0625;     // argument of the arc tangent up to which its series serves
+constexpr double kThreeTermsEnd = 0.005;  // and up to which three terms of it do
 constexpr double kMemoryFloor = 0.001;
 constexpr double kFlush = 1e-15;
 constexpr double kBesideZero = 1e-6;               // keeps the gain laws off a division by 0
@@ -29,23 +30,24 @@ constexpr double kTwoPi = 6.283185307179586;
 inline double darkened(double memory, double q, const OptoCoefficients& c) {
   if (!(q <= c.seriesEnd)) return memory - kFallScale * fast::atan(4.0 * q * c.optoFall);
   const double* s = c.fallSeries;
-  const double q2 = q * q, q3 = q * q2, q4 = q2 * q2;
-  return (memory - s[0] * q) - (q3 * (s[1] + s[2] * q2) + (q3 * q4) * (s[3] + s[4] * q2));
+  const double q2 = q * q, q4 = q2 * q2;
+  double left = ((memory - s[0] * q) - (s[1] * q) * q2) - (s[2] * q) * q4;
+  if (q > c.threeTermsEnd) left -= (q * q2) * q4 * (s[3] + s[4] * q2);
+  return left;
 }
 
 // Where a level takes the larger of two ways, the larger of the two results is the same number, and costs no
 // guess of the processor which way it will be.
 template <bool soft>
 void optoLevels(const double* rectifiedKey, int frames, double ceilingInverse, const OptoCoefficients& c,
-                OptoState& state, double* levels, TrailingFollower& beside) {
+                OptoState& state, double* levels) {
   constexpr double bias = soft ? kSoftBias : kHardBias;
   const OptoCoefficients k = c;
   const double attack = k.optoAttack, peakFall = k.optoPeakFall;
   auto [peak, memory, hold, follow] = state;
-  TrailingFollower meter = beside;
   for (int i = 0; i < frames; ++i) {
     const double v = kPeakShare * rectifiedKey[i];
-    peak = std::max(v, peak + (v - peak) * peakFall);
+    peak = std::max(v, approach(v, peak, peakFall));
     const double x = ceilingInverse * peak + bias;
     const double d = x - memory;
     if (d > 0.0) {
@@ -58,14 +60,12 @@ void optoLevels(const double* rectifiedKey, int frames, double ceilingInverse, c
       if (memory < lowest) [[unlikely]]
         memory = lowest;
     }
-    hold = std::max(memory, hold + (memory - hold) * peakFall);
-    const double way = hold - follow;
-    follow = flushed(follow + std::max(way * k.riseFast, way * k.fallFast), kFlush);
+    hold = std::max(memory, approach(memory, hold, peakFall));
+    follow = std::max(approach(hold, follow, k.riseFast), approach(hold, follow, k.fallFast));
+    follow = flushedNearZero(follow, kFlush);
     levels[i] = follow;
-    meter.step();
   }
   state = {peak, memory, hold, follow};
-  beside = meter;
 }
 
 }  // namespace
@@ -83,21 +83,24 @@ void designOptoRelease(double releaseNorm, double sampleRateHz, OptoCoefficients
   const double z = 4.0 * c.optoFall, z2 = z * z;  // of q = 1
   double power = kFallScale * z;
   for (int n = 0; n < 5; ++n, power *= -z2) c.fallSeries[n] = power / (2 * n + 1);
+  c.threeTermsEnd = kThreeTermsEnd / z;
   c.seriesEnd = kSeriesEnd / z;
   c.riseFast = 1.0 - std::exp(-kRiseHz2Pi / sampleRateHz);
   c.fallFast = 1.0 - std::exp(-kFallHz2Pi / sampleRateHz);
 }
 
-void optoGains(const double* rectifiedKey, int frames, double ceilingInverse, bool soft,
-               const OptoCoefficients& c, OptoState& state, double* gains, TrailingFollower& beside) {
+CORVANE_WIDE_LOOPS [[gnu::flatten]] void optoGains(const double* rectifiedKey, int frames,
+                                                   double ceilingInverse, bool soft,
+                                                   const OptoCoefficients& c, OptoState& state,
+                                                   double* gains) {
   if (soft) {
-    optoLevels<true>(rectifiedKey, frames, ceilingInverse, c, state, gains, beside);
+    optoLevels<true>(rectifiedKey, frames, ceilingInverse, c, state, gains);
     for (int i = 0; i < frames; ++i) {
       const double y = gains[i] + kBesideZero;
       gains[i] = fast::tanh(y) / y;
     }
   } else {
-    optoLevels<false>(rectifiedKey, frames, ceilingInverse, c, state, gains, beside);
+    optoLevels<false>(rectifiedKey, frames, ceilingInverse, c, state, gains);
     for (int i = 0; i < frames; ++i) {
       const double y = gains[i] + kBesideZero;
       gains[i] = y > 1.0 ? 1.0 / y : 1.0;

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "modules/limiter/TrailingFollower.h"
-
 namespace corvane::limiter {
 
 // Opto limiter: a peak detector drives a cell with a memory, as lamp and photoresistor do. The cell brightens
@@ -19,13 +17,14 @@ namespace corvane::limiter {
 
 /// Shares per sample.
 struct OptoCoefficients {
-  double optoAttack = 0.0;    ///< cell, rising
-  double optoFall = 0.0;      ///< cell, falling: scale of the fourth-power law
-  double fallSeries[5] = {};  ///< 0.03625 atan(4 q fall) = s0 q + s1 q^3 + s2 q^5 + ..., q = m^4
-  double seriesEnd = 0.0;     ///< q up to which these terms serve
-  double optoPeakFall = 0.0;  ///< peak detector and hold, falling
-  double riseFast = 0.0;      ///< last smoother, rising: 4 kHz
-  double fallFast = 0.0;      ///< last smoother, falling: 100 Hz
+  double optoAttack = 0.0;     ///< cell, rising
+  double optoFall = 0.0;       ///< cell, falling: scale of the fourth-power law
+  double fallSeries[5] = {};   ///< 0.03625 atan(4 q fall) = s0 q + s1 q^3 + s2 q^5 + ..., q = m^4
+  double threeTermsEnd = 0.0;  ///< q up to which the first three terms serve
+  double seriesEnd = 0.0;      ///< q up to which all of them do
+  double optoPeakFall = 0.0;   ///< peak detector and hold, falling
+  double riseFast = 0.0;       ///< last smoother, rising: 4 kHz
+  double fallFast = 0.0;       ///< last smoother, falling: 100 Hz
 };
 
 /// `attackNorm`: position of the Attack control, 0..1. Four decades of time over its travel.
@@ -41,8 +40,8 @@ struct OptoState {
   double optoFollow = 0.0;
 };
 
-/// Gains for `frames` (at most a block) of rectified key; `beside` takes as many steps.
+/// Gains for `frames` (at most a block) of rectified key.
 void optoGains(const double* rectifiedKey, int frames, double ceilingInverse, bool soft,
-               const OptoCoefficients& c, OptoState& state, double* gains, TrailingFollower& beside);
+               const OptoCoefficients& c, OptoState& state, double* gains);
 
 }  // namespace corvane::limiter

@@ -42,31 +42,25 @@ void bend(double* levels, int frames) {
 }
 
 void softEnvelope(const double* rectifiedKey, int frames, double ceilingInverse, double share,
-                  SaturatorState& s, double* levels, TrailingFollower& beside) {
+                  SaturatorState& s, double* levels) {
   double stage = s.satStage1;
-  TrailingFollower meter = beside;
   for (int i = 0; i < frames; ++i) {
-    stage = flushed(stage + (rectifiedKey[i] * ceilingInverse - stage) * share, kFlush);
+    stage = flushedNearZero(stage + (rectifiedKey[i] * ceilingInverse - stage) * share, kFlush);
     levels[i] = stage;
-    meter.step();
   }
   s.satStage1 = stage;
-  beside = meter;
 }
 
 void hardEnvelope(const double* rectifiedKey, int frames, double ceilingInverse, double share,
-                  SaturatorState& s, double* levels, TrailingFollower& beside) {
+                  SaturatorState& s, double* levels) {
   auto [stage1, stage2, stage3] = s;
-  TrailingFollower meter = beside;
   for (int i = 0; i < frames; ++i) {
-    stage1 = flushed(stage1 + (rectifiedKey[i] * ceilingInverse - stage1) * share, kFlush);
-    stage2 = flushed(stage2 + (stage1 - stage2) * share, kFlush);
-    stage3 = flushed(stage3 + (stage2 - stage3) * share, kFlush);
+    stage1 = flushedNearZero(stage1 + (rectifiedKey[i] * ceilingInverse - stage1) * share, kFlush);
+    stage2 = flushedNearZero(stage2 + (stage1 - stage2) * share, kFlush);
+    stage3 = flushedNearZero(stage3 + (stage2 - stage3) * share, kFlush);
     levels[i] = stage3;
-    meter.step();
   }
   s = {stage1, stage2, stage3};
-  beside = meter;
 }
 
 }  // namespace
@@ -92,13 +86,14 @@ double saturatorGain(std::int32_t shape, double v) {
   }
 }
 
-void saturatorGains(const double* rectifiedKey, int frames, double ceilingInverse, std::int32_t shape,
-                    bool soft, const SaturatorCoefficients& c, SaturatorState& state, double* gains,
-                    TrailingFollower& beside) {
+CORVANE_WIDE_LOOPS [[gnu::flatten]] void saturatorGains(const double* rectifiedKey, int frames,
+                                                        double ceilingInverse, std::int32_t shape, bool soft,
+                                                        const SaturatorCoefficients& c, SaturatorState& state,
+                                                        double* gains) {
   if (soft)
-    softEnvelope(rectifiedKey, frames, ceilingInverse, c.satCoefSoft, state, gains, beside);
+    softEnvelope(rectifiedKey, frames, ceilingInverse, c.satCoefSoft, state, gains);
   else
-    hardEnvelope(rectifiedKey, frames, ceilingInverse, c.satCoefHard, state, gains, beside);
+    hardEnvelope(rectifiedKey, frames, ceilingInverse, c.satCoefHard, state, gains);
   switch (shape) {
     case 0: return bend<Valve1>(gains, frames);
     case 1: return bend<Valve2>(gains, frames);

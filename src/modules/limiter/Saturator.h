@@ -2,8 +2,6 @@
 
 #include <cstdint>
 
-#include "modules/limiter/TrailingFollower.h"
-
 namespace corvane::limiter {
 
 // Saturator: a gain computed from a smoothed envelope v of the key, v = 1.0 at the ceiling.
@@ -40,9 +38,8 @@ struct SaturatorState {
 /// Gain of curve `shape` (0 .. kShapes - 1) for a standing envelope `v`.
 double saturatorGain(std::int32_t shape, double v);
 
-/// Gains for `frames` (at most a block) of rectified key; `beside` takes as many steps.
+/// Gains for `frames` (at most a block) of rectified key.
 void saturatorGains(const double* rectifiedKey, int frames, double ceilingInverse, std::int32_t shape,
-                    bool soft, const SaturatorCoefficients& c, SaturatorState& state, double* gains,
-                    TrailingFollower& beside);
+                    bool soft, const SaturatorCoefficients& c, SaturatorState& state, double* gains);
 
 }  // namespace corvane::limiter

@@ -107,12 +107,11 @@ void StripEffectLimiter_BrickWall_Saturator::processBrickWall(double** in, doubl
   Lane lanes[2];
   readLanes(in, frames, channels, false, lanes);
   rectifyKeys(frames, channels, lanes);
-  runPieces(out, frames, channels, lanes, reductionFollow, [&](int c, int from, int n, auto& beside) {
-    double* gain = lanes[c].gain + from;
-    limiter::brickWallGains(lanes[c].rectified + from, n, ceilingInverseSmoothed, brickMode, softOn != 0,
-                            brickCoefficients, channel[c].brick, gain, beside);
-    for (int i = 0; i < n; ++i) lanes[c].output[from + i] = lanes[c].input[from + i] * gain[i];
-  });
+  for (int c = 0; c < channels; ++c)
+    limiter::brickWallGains(lanes[c].rectified, frames, ceilingInverseSmoothed, brickMode, softOn != 0,
+                            brickCoefficients, channel[c].brick, lanes[c].gain);
+  applyGains(frames, channels, lanes);
+  finishBlock(out, frames, channels, lanes, reductionFollow);
 }
 
 void StripEffectLimiter_BrickWall_Saturator::processSaturator(double** in, double** out, int frames,
@@ -127,15 +126,13 @@ void StripEffectLimiter_BrickWall_Saturator::processSaturator(double** in, doubl
                       frames);
   }
   rectifyKeys(frames, channels, lanes);
-  runPieces(out, frames, channels, lanes, kSaturatorMeterShare * reductionFollow,
-            [&](int c, int from, int n, auto& beside) {
-              double* gain = lanes[c].gain + from;
-              double* y = lanes[c].output + from;
-              limiter::saturatorGains(lanes[c].rectified + from, n, ceilingInverseSmoothed, shapeStep,
-                                      softOn != 0, saturatorCoefficients, channel[c].saturator, gain, beside);
-              for (int i = 0; i < n; ++i) y[i] = gain[i] * y[i];
-              channel[c].restoreShelf.processBuffer(y, n);
-            });
+  for (int c = 0; c < channels; ++c) {
+    limiter::saturatorGains(lanes[c].rectified, frames, ceilingInverseSmoothed, shapeStep, softOn != 0,
+                            saturatorCoefficients, channel[c].saturator, lanes[c].gain);
+    for (int i = 0; i < frames; ++i) lanes[c].output[i] *= lanes[c].gain[i];
+    channel[c].restoreShelf.processBuffer(lanes[c].output, frames);
+  }
+  finishBlock(out, frames, channels, lanes, kSaturatorMeterShare * reductionFollow);
 }
 
 }  // namespace corvane

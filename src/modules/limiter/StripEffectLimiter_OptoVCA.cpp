@@ -174,15 +174,13 @@ void StripEffectLimiter_OptoVCA::rectifyKeys(int frames, int channels, Lane* lan
       lanes[0].rectified[i] = lanes[1].rectified[i] = std::max(lanes[0].rectified[i], lanes[1].rectified[i]);
 }
 
-void StripEffectLimiter_OptoVCA::meterPiece(int from, int n, int channels, Lane* lanes,
-                                            limiter::TrailingFollower& beside) {
-  double* gain = lanes[0].gain + from;
-  if (channels == 2)  // the one meter shows the channel that is reduced more
-    for (int i = 0; i < n; ++i) gain[i] = std::min(gain[i], lanes[1].gain[from + i]);
-  beside.take(gain, n);
+void StripEffectLimiter_OptoVCA::applyGains(int frames, int channels, Lane* lanes) {
+  for (int c = 0; c < channels; ++c)
+    for (int i = 0; i < frames; ++i) lanes[c].output[i] = lanes[c].input[i] * lanes[c].gain[i];
 }
 
-void StripEffectLimiter_OptoVCA::finishBlock(double** out, int frames, int channels, Lane* lanes) {
+void StripEffectLimiter_OptoVCA::finishBlock(double** out, int frames, int channels, Lane* lanes,
+                                             double followerShare) {
   const double gain = outputGainSmoothed;
   for (int c = 0; c < channels; ++c) {
     double* y = lanes[c].output;
@@ -201,6 +199,11 @@ void StripEffectLimiter_OptoVCA::finishBlock(double** out, int frames, int chann
     const double* outputs[2] = {lanes[0].output, lanes[1].output};
     followPair(inputs, outputs, frames);
   }
+  double* gains = lanes[0].gain;
+  if (channels == 2)  // the one meter shows the channel that is reduced more
+    for (int i = 0; i < frames; ++i) gains[i] = std::min(gains[i], lanes[1].gain[i]);
+  gainFollower.coefficient = followerShare;
+  gainFollower.followBlock(gains, frames);
   reductionMeter = 1.0 - gainFollower.level;
 }
 
@@ -213,15 +216,15 @@ void StripEffectLimiter_OptoVCA::processOptoVca(double** in, double** out, int f
   rectifyKeys(frames, channels, lanes);
   const double ci = ceilingInverseSmoothed;
   const bool soft = softOn != 0;
-  runPieces(out, frames, channels, lanes, reductionFollow, [&](int c, int from, int n, auto& beside) {
-    const double* key = lanes[c].rectified + from;
-    double* gain = lanes[c].gain + from;
+  for (int c = 0; c < channels; ++c) {
+    const double* key = lanes[c].rectified;
     if (type == kOpto)
-      limiter::optoGains(key, n, ci, soft, optoCoefficients, channel[c].opto, gain, beside);
+      limiter::optoGains(key, frames, ci, soft, optoCoefficients, channel[c].opto, lanes[c].gain);
     else
-      limiter::vcaGains(key, n, ci, soft, vcaCoefficients, channel[c].vca, gain, beside);
-    for (int i = 0; i < n; ++i) lanes[c].output[from + i] = lanes[c].input[from + i] * gain[i];
-  });
+      limiter::vcaGains(key, frames, ci, soft, vcaCoefficients, channel[c].vca, lanes[c].gain);
+  }
+  applyGains(frames, channels, lanes);
+  finishBlock(out, frames, channels, lanes, reductionFollow);
 }
 
 void StripEffectLimiter_OptoVCA::getMeter(int id, double* value) {

@@ -4,7 +4,6 @@
 #include "core/dsp/AsymmetricFollower.h"
 #include "core/dsp/GlideFilter.h"
 #include "modules/limiter/OptoLimiter.h"
-#include "modules/limiter/TrailingFollower.h"
 #include "modules/limiter/VcaLimiter.h"
 
 namespace corvane {
@@ -53,10 +52,6 @@ class StripEffectLimiter_OptoVCA : public StripEffect {
     double output[kBlockFrames];  ///< before the output gain
   };
 
-  /// Blocks go through gain and output in pieces of this length; the reduction meter follows one piece
-  /// behind.
-  static constexpr int kPieceFrames = 16;
-
   bool passes() const { return enabled == 0 || type == 0; }
   /// A type that has a filter of its own lets it glide; the others' filters move at once.
   static void moveFilter(GlideFilter& filter, double hz, bool inUse);
@@ -68,20 +63,10 @@ class StripEffectLimiter_OptoVCA : public StripEffect {
   /// `ownKey`: the variant writes the key buffer in any case.
   void readLanes(double** in, int frames, int channels, bool ownKey, Lane* lanes) const;
   void rectifyKeys(int frames, int channels, Lane* lanes) const;
-  /// Calls `work(c, from, n, beside)` for pieces of the block, which fills gain and output of lane c there
-  /// and steps the meter beside its samples; does the rest of the frame.
-  template <typename Work>
-  void runPieces(double** out, int frames, int channels, Lane* lanes, double followerShare, Work work) {
-    gainFollower.coefficient = followerShare;
-    limiter::TrailingFollower beside(gainFollower);
-    for (int from = 0; from < frames; from += kPieceFrames) {
-      const int n = frames - from < kPieceFrames ? frames - from : kPieceFrames;
-      for (int c = 0; c < channels; ++c) work(c, from, n, beside);
-      meterPiece(from, n, channels, lanes, beside);
-    }
-    gainFollower.level = beside.finish();
-    finishBlock(out, frames, channels, lanes);
-  }
+  /// Input times gain of each lane.
+  static void applyGains(int frames, int channels, Lane* lanes);
+  /// Output gain, monitor, outputs and meters. `followerShare`: of the reduction meter.
+  void finishBlock(double** out, int frames, int channels, Lane* lanes, double followerShare);
 
   void processOptoVca(double** in, double** out, int frames, int channels);
 
@@ -94,9 +79,6 @@ class StripEffectLimiter_OptoVCA : public StripEffect {
   std::int32_t hpfOn = 0, linkOn = 0, softOn = 0, monitor = 0;
 
  private:
-  static void meterPiece(int from, int n, int channels, Lane* lanes, limiter::TrailingFollower& beside);
-  void finishBlock(double** out, int frames, int channels, Lane* lanes);
-
   double rowValue(int offset, double p) const;
   void seedDetectors(double level);
   void updateSmoothing();

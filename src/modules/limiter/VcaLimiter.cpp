@@ -14,19 +14,7 @@ constexpr double kSoftRest = -1.2999999523162842, kHardRest = -0.800000011920929
 constexpr double kKeyFloor = 0.0001;  // -80 dB: the logarithm of silence stays finite
 constexpr double kAttackExponent = 0.01002286817603043;
 constexpr double kBesideZero = 1e-6;
-constexpr double kUnheard = -1e9;        // log level of a key that lifts nothing
-constexpr double kRounding = 1e-9;       // decades, far above what logarithm and floor are off
 constexpr double kSmallestLevel = 1e-5;  // below it the soft law is 1
-
-/// True when no key of the piece can lift the floor, so that its logarithms are not needed: the loudest one
-/// is below the lowest place that the floor can come to, which falls less and less.
-bool staysBelowFloor(const double* rectifiedKey, int frames, double ceilingInverse, double rest,
-                     const VcaCoefficients& c, const VcaState& state) {
-  double loudest = 0.0;
-  for (int i = 0; i < frames; ++i) loudest = std::max(loudest, rectifiedKey[i]);
-  const double lowest = state.vcaFloor + std::min(0.0, frames * (rest - state.vcaFloor) * c.vcaFall);
-  return fast::log10(ceilingInverse * loudest + kKeyFloor) < lowest - kRounding;
-}
 
 double softGain(double level) { return level > kSmallestLevel ? fast::tanh(level) / level : 1.0; }
 
@@ -39,23 +27,19 @@ double hardGain(double level) {
 ///
 /// The floor falls first and then rises where l is above it: the larger of the two, with the rise computed
 /// from the floor before its fall, so that a sample waits for one multiplication and two additions less.
-double hold(double* levels, int frames, double rest, const VcaCoefficients& c, VcaState& state,
-            TrailingFollower& beside) {
+double hold(double* levels, int frames, double rest, const VcaCoefficients& c, VcaState& state) {
   const double fall = c.vcaFall, smooth = c.vcaSmooth;
   const double keep = (1.0 - fall) * (1.0 - c.vcaAttack), lift = rest * fall * (1.0 - c.vcaAttack);
   for (int i = 0; i < frames; ++i) levels[i] = lift + levels[i] * c.vcaAttack;
   auto [floor, held] = state;
   double highest = held;
-  TrailingFollower meter = beside;
   for (int i = 0; i < frames; ++i) {
     floor = std::max(floor + (rest - floor) * fall, keep * floor + levels[i]);
     held = std::max(floor, held + (floor - held) * smooth);
     levels[i] = held;
     highest = std::max(highest, held);
-    meter.step();
   }
   state = {floor, held};
-  beside = meter;
   return highest;
 }
 
@@ -72,14 +56,12 @@ void designVcaRelease(double releaseMs, double attackMs, double sampleRateHz, Vc
   c.vcaSmooth = shareOver((0.25 * time + attackMs) * sampleRateHz * 0.001);
 }
 
-void vcaGains(const double* rectifiedKey, int frames, double ceilingInverse, bool soft,
-              const VcaCoefficients& c, VcaState& state, double* gains, TrailingFollower& beside) {
+CORVANE_WIDE_LOOPS [[gnu::flatten]] void vcaGains(const double* rectifiedKey, int frames,
+                                                  double ceilingInverse, bool soft, const VcaCoefficients& c,
+                                                  VcaState& state, double* gains) {
   const double rest = soft ? kSoftRest : kHardRest;
-  if (staysBelowFloor(rectifiedKey, frames, ceilingInverse, rest, c, state))
-    std::fill_n(gains, frames, kUnheard);
-  else
-    for (int i = 0; i < frames; ++i) gains[i] = fast::log10(ceilingInverse * rectifiedKey[i] + kKeyFloor);
-  const double highest = hold(gains, frames, rest, c, state, beside);
+  for (int i = 0; i < frames; ++i) gains[i] = fast::log10(ceilingInverse * rectifiedKey[i] + kKeyFloor);
+  const double highest = hold(gains, frames, rest, c, state);
   if (soft) {
     for (int i = 0; i < frames; ++i) gains[i] = softGain(fast::pow10(gains[i]));
   } else if (highest < -kBesideZero) {  // below the ceiling throughout

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "modules/limiter/TrailingFollower.h"
-
 namespace corvane::limiter {
 
 // VCA limiter: a detector in decades of level, an instant hold behind it, and the gain from the held level.
@@ -32,8 +30,8 @@ struct VcaState {
   double vcaHold = 0.0;
 };
 
-/// Gains for `frames` (at most a block) of rectified key; `beside` takes as many steps.
+/// Gains for `frames` (at most a block) of rectified key.
 void vcaGains(const double* rectifiedKey, int frames, double ceilingInverse, bool soft,
-              const VcaCoefficients& c, VcaState& state, double* gains, TrailingFollower& beside);
+              const VcaCoefficients& c, VcaState& state, double* gains);
 
 }  // namespace corvane::limiter

@@ -12,8 +12,6 @@ using namespace rig;
 constexpr double kRate = 48000.0;
 constexpr int kBlock = 64;
 
-TrailingFollower beside{{}};  // the detectors' reduction meter, with nothing to follow here
-
 /// Bursts over 120 dB of level with gaps, then a long decay: every branch of every detector.
 Samples bursts() {
   Samples x;
@@ -61,24 +59,22 @@ TEST(Limiters, BlockFormsGiveWhatThePlainFormsGive) {
         };
         OptoState o, po;
         compare(
-            blockwise(x, [&](auto k, int n, auto g) { optoGains(k, n, ci, soft, oc, o, g, beside); }),
+            blockwise(x, [&](auto k, int n, auto g) { optoGains(k, n, ci, soft, oc, o, g); }),
             [&](double k) { return plain::opto(k, ci, soft, oc, po); }, "opto");
         VcaState v, pv;
         compare(
-            blockwise(x, [&](auto k, int n, auto g) { vcaGains(k, n, ci, soft, vc, v, g, beside); }),
+            blockwise(x, [&](auto k, int n, auto g) { vcaGains(k, n, ci, soft, vc, v, g); }),
             [&](double k) { return plain::vca(k, ci, soft, vc, pv); }, "vca");
         for (int mode = 0; mode < kBrickModes; ++mode) {
           BrickWallState b, pb;
           compare(
-              blockwise(
-                  x, [&](auto k, int n, auto g) { brickWallGains(k, n, ci, mode, soft, bc, b, g, beside); }),
+              blockwise(x, [&](auto k, int n, auto g) { brickWallGains(k, n, ci, mode, soft, bc, b, g); }),
               [&](double k) { return plain::brickWall(k, ci, mode, soft, bc, pb); }, "brick wall");
         }
         for (int shape = 0; shape < kShapes; ++shape) {
           SaturatorState s, ps;
           compare(
-              blockwise(
-                  x, [&](auto k, int n, auto g) { saturatorGains(k, n, ci, shape, soft, sc, s, g, beside); }),
+              blockwise(x, [&](auto k, int n, auto g) { saturatorGains(k, n, ci, shape, soft, sc, s, g); }),
               [&](double k) { return plain::saturator(k, ci, shape, soft, sc, ps); }, "saturator");
         }
       }
@@ -98,7 +94,7 @@ TEST(OptoLimiter, StandsOnItsStaticCurve) {
       const double key = fromDb(db), ci = fromDb(-ceilingDb);
       const auto gain = [&](bool soft) {
         OptoState s;
-        return settledGain(key, [&](auto k, int n, auto g) { optoGains(k, n, ci, soft, c, s, g, beside); });
+        return settledGain(key, [&](auto k, int n, auto g) { optoGains(k, n, ci, soft, c, s, g); });
       };
       // 1e-9: a thousand attack times have passed
       const double hard = 0.93 * key * ci + 0.05 + 1e-6, soft = 0.93 * key * ci + 0.01 + 1e-6;
@@ -122,7 +118,7 @@ TEST(OptoLimiter, TimesFollowTheControls) {
   const double tauSamples = 0.012 * std::sqrt(0.0035 * std::sqrt(1000.0)) / (2.0 * std::numbers::pi) * kRate;
   const Samples quiet(kBlock, 0.0);
   Samples gains(kBlock);
-  optoGains(quiet.data(), kBlock, 1.0, false, c, s, gains.data(), beside);
+  optoGains(quiet.data(), kBlock, 1.0, false, c, s, gains.data());
   EXPECT_NEAR(s.optoPeak, std::exp(-kBlock / tauSamples), 1e-12);
 }
 
@@ -131,7 +127,7 @@ TEST(OptoLimiter, ReleasesFastFirstAndNeverBelowTheKey) {
   designOptoRelease(0.3, kRate, c);
   for (const bool soft : {false, true}) {
     OptoState s;
-    const auto block = [&](auto k, int n, auto g) { optoGains(k, n, 1.0, soft, c, s, g, beside); };
+    const auto block = [&](auto k, int n, auto g) { optoGains(k, n, 1.0, soft, c, s, g); };
     blockwise(constant(8.0, 0.5, kRate), block);
     const Samples gains = blockwise(silence(2.0, kRate), block);
     EXPECT_LT(s.optoMemory, 1.2);  // eight times the ceiling is gone within two seconds
@@ -154,7 +150,7 @@ TEST(VcaLimiter, StandsOnItsStaticCurve) {
       const double G = std::pow(10.0, floor), y = G + 1e-6;
       VcaState s;
       const double gain =
-          settledGain(fromDb(db), [&](auto k, int n, auto g) { vcaGains(k, n, 1.0, soft, c, s, g, beside); });
+          settledGain(fromDb(db), [&](auto k, int n, auto g) { vcaGains(k, n, 1.0, soft, c, s, g); });
       // 1e-3: from the reset at 0 the slower fall has covered four of its times, e^-8.9 of 1.3 decades
       EXPECT_NEAR(gain, soft ? std::tanh(G) / G : std::min(1.0, 1.0 / y), db < 0.0 ? 1e-3 : 1e-9) << db;
     }
@@ -168,8 +164,7 @@ TEST(VcaLimiter, TimesFollowTheControls) {
   VcaCoefficients c{.vcaAttack = designVcaAttack(1.0, kRate)};
   designVcaRelease(100.0, 1.0, kRate, c);
   VcaState s;
-  blockwise(silence(1.4 * 0.28, kRate),
-            [&](auto k, int n, auto g) { vcaGains(k, n, 1.0, false, c, s, g, beside); });
+  blockwise(silence(1.4 * 0.28, kRate), [&](auto k, int n, auto g) { vcaGains(k, n, 1.0, false, c, s, g); });
   EXPECT_NEAR(s.vcaFloor, -0.800000011920929 * (1.0 - 0.1091012), 1e-12);
 }
 
@@ -177,7 +172,7 @@ TEST(VcaLimiter, TimesFollowTheControls) {
 Samples releaseLevels(int mode, double releaseMs, double loud, double seconds) {
   const BrickWallCoefficients c = designBrickWall(releaseMs, kRate);
   BrickWallState s;
-  const auto block = [&](auto k, int n, auto g) { brickWallGains(k, n, 1.0, mode, false, c, s, g, beside); };
+  const auto block = [&](auto k, int n, auto g) { brickWallGains(k, n, 1.0, mode, false, c, s, g); };
   blockwise(constant(loud, 0.2, kRate), block);
   Samples levels = blockwise(silence(seconds, kRate), block);
   for (double& g : levels) g = g < 1.0 ? 1.0 / g - 1e-6 : 0.0;

@@ -60,8 +60,7 @@ TEST(Saturator, CurvesStartAtUnityAndEndAtTheirLimits) {
   const auto gain = [](int shape, double v) {
     SaturatorState s{v, v, v};
     double g = 0.0;
-    TrailingFollower beside{{}};
-    saturatorGains(&v, 1, 1.0, shape, true, {1.0, 1.0}, s, &g, beside);
+    saturatorGains(&v, 1, 1.0, shape, true, {1.0, 1.0}, s, &g);
     return g;
   };
   const double limits[] = {0.0, 1.0 / 0.33, 0.5 * std::numbers::pi, 1.0, 1.0, 1.0};
