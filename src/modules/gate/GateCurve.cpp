@@ -5,7 +5,7 @@
 
 namespace corvane::gate {
 
-void expanderTargets(double* levels, int frames, int ratioStep) {
+CORVANE_WIDE_LOOPS [[gnu::flatten]] void expanderTargets(double* levels, int frames, int ratioStep) {
   const double exponent = kRatioExponents[static_cast<std::size_t>(ratioStep)];
   if (exponent == 1.0 || exponent == 0.5) {
     for (int i = 0; i < frames; ++i) {

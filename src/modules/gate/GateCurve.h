@@ -49,6 +49,7 @@ struct GateCoefficients {
   double attackCoef = 0.0;     ///< share of the way per sample
   double releaseCoef = 0.0;    ///< fall per sample at full distance
   double smoothCoef = 0.0;     ///< share of the way per sample
+  double smoothRise = 0.0;     ///< the same behind an attack step in the same sample: both in one
   double range = 0.0;          ///< floor, linear
   std::int32_t holdLimit = 0;  ///< samples
 };
@@ -74,23 +75,30 @@ struct PowerCurve {
   double operator()(double x) const { return std::pow(x, exponent); }
 };
 
-inline double flushedGain(double x) { return flushed(x, kGainFlush); }
-inline double settledGain(double x) { return std::clamp(flushedGain(x), 0.0, 1.0); }
+// The flush, and a fall that would pass 0, happen near 0 alone: the next sample does not wait for either.
+inline double flushedGain(double x) { return flushedNearZero(x, kGainFlush); }
+inline double settledGain(double x) {
+  if (x < kGainFlush * 0x1p20) [[unlikely]]
+    return std::max(flushed(x, kGainFlush), 0.0);
+  return x;
+}
 
 // One sample of each variant. A release that has arrived is not computed: x^E is 0 there and the flush leaves
 // 0 and 1 as they are.
 
-/// `target`: the static curve's gain for this sample's key, 0..1.
+/// `target`: the static curve's gain for this sample's key, 0..1. A key above the threshold is asked for
+/// first: that is known ahead, where a comparison with the state would have to wait for it.
 template <typename Curve>
 void stepExpander(double target, const GateCoefficients& c, Curve curve, GateState& s) {
-  if (target > s.gainState)
-    s.gainState = flushedGain(std::min(s.gainState + (1.0 - s.gainState) * c.attackCoef, target));
+  const double risen = s.gainState + (1.0 - s.gainState) * c.attackCoef;
+  if (target >= 1.0)
+    s.gainState = flushedGain(risen);
   else if (target < s.gainState)
     s.gainState = settledGain(s.gainState - curve(s.gainState - target) * c.releaseCoef);
   else
-    s.gainState = settledGain(s.gainState);
-  if (s.gainState > s.gainSmoothed) s.gainSmoothed += (s.gainState - s.gainSmoothed) * c.attackCoef;
-  s.gainSmoothed = flushedGain(s.gainSmoothed + (s.gainState - s.gainSmoothed) * c.smoothCoef);
+    s.gainState = flushedGain(std::min(risen, target));
+  const double distance = s.gainState - s.gainSmoothed;
+  s.gainSmoothed = flushedGain(s.gainSmoothed + std::max(distance * c.smoothRise, distance * c.smoothCoef));
 }
 
 template <typename Curve>
@@ -114,7 +122,7 @@ void stepDucker(bool above, const GateCoefficients& c, Curve curve, GateState& s
   } else if (s.holdCount < c.holdLimit) {
     ++s.holdCount;
   } else if (s.gainState != 1.0) {
-    s.gainState = settledGain(s.gainState + curve(1.0 - s.gainState) * c.releaseCoef);
+    s.gainState = std::min(flushedGain(s.gainState + curve(1.0 - s.gainState) * c.releaseCoef), 1.0);
   }
   s.gainSmoothed = s.gainState;
 }

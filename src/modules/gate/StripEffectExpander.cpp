@@ -94,7 +94,12 @@ void StripEffectExpander::setParameter(int id, double value) {
 void StripEffectExpander::setDefaults() { sendDefaults(kGateFamily, *this, parameterBase); }
 
 gate::GateCoefficients StripEffectExpander::coefficients() const {
-  return {attackCoef, releaseCoef, smoothCoef, range, static_cast<std::int32_t>(holdSeconds * sampleRate)};
+  return {.attackCoef = attackCoef,
+          .releaseCoef = releaseCoef,
+          .smoothCoef = smoothCoef,
+          .smoothRise = attackCoef + smoothCoef - attackCoef * smoothCoef,
+          .range = range,
+          .holdLimit = static_cast<std::int32_t>(holdSeconds * sampleRate)};
 }
 
 const double* StripEffectExpander::filterKey(const double* key, double* filtered, int frames,
@@ -112,13 +117,17 @@ void StripEffectExpander::runVariant(Curve curve, const double* input, const dou
                                      double* output, int frames, gate::GateState& state) const {
   const gate::GateCoefficients c = coefficients();
   gate::GateState s = state;
-  const bool listens = monitor != 0;
   const auto run = [&](auto step) {
     for (int i = 0; i < frames; ++i) {
       step(levels[i]);
-      s.gain = c.range + (1.0 - c.range) * s.gainSmoothed;
-      output[i] = listens ? key[i] : input[i] * s.gain;
+      levels[i] = s.gainSmoothed;
     }
+    for (int i = 0; i < frames; ++i) levels[i] = c.range + (1.0 - c.range) * levels[i];
+    if (monitor != 0)
+      std::copy_n(key, frames, output);
+    else
+      for (int i = 0; i < frames; ++i) output[i] = input[i] * levels[i];
+    s.gain = levels[frames - 1];
   };
   if (type == kGate) {
     run([&](double level) { gate::stepGate(level >= 1.0, c, curve, s); });
@@ -151,6 +160,7 @@ void StripEffectExpander::processBlockMono(double** in, double** out, int frames
     gainMeterPublished = 1.0;
     return passThroughBlock(in, out, frames);
   }
+  if (frames < 1) return;
   double filtered[kBlockFrames], levels[kBlockFrames], output[kBlockFrames];
   Channel& channel = channels[0];
   const double* key = filterKey(in[2 * sideChainSource], filtered, frames, channel);
@@ -166,6 +176,7 @@ void StripEffectExpander::processBlock(double** in, double** out, int frames) {
     gainMeterPublished = 1.0;
     return passThroughBlock(in, out, frames);
   }
+  if (frames < 1) return;
   double filtered[2][kBlockFrames], levels[2][kBlockFrames], output[2][kBlockFrames];
   const double* key[2];
   for (int k = 0; k < 2; ++k)
