@@ -14,13 +14,6 @@ namespace corvane::cli {
 namespace {
 
 constexpr std::size_t kLargestStateBytes = 4 << 20;  // the largest of older versions has a quarter of it
-constexpr std::size_t kTrailerBytes = 8;             // two words behind the strip's own block
-
-/// The strip's block within the chunk's data.
-ByteView blockOf(const aaxhost::Chunk& state) {
-  const auto* bytes = reinterpret_cast<const std::uint8_t*>(state.data.data());
-  return {bytes, state.data.size() - std::min(state.data.size(), kTrailerBytes)};
-}
 
 }  // namespace
 
@@ -45,21 +38,14 @@ void writeState(const std::filesystem::path& path, const aaxhost::Chunk& state) 
 }
 
 aaxhost::Chunk stateWith(const aaxhost::Chunk& state, const Setting& setting, std::string_view name) {
-  const ByteView block = blockOf(state);
-  std::vector<PresetRecord> bank(kStatePresets);
-  PresetHeader header;
-  if (block.size() < kStateHeadBytes || !readStateBank(block.subspan(kStateHeadBytes), {}, bank, header))
-    fail("the strip gave a state that cannot be read");
-  PresetRecord& current = bank.front();
+  aaxhost::Chunk made = state;
+  const std::span bytes(reinterpret_cast<std::uint8_t*>(made.data.data()), made.data.size());
+  PresetRecord current;
+  if (!readCurrentPreset(bytes, current)) fail("the strip gave a state that cannot be read");
   if (!name.empty()) current.setName(name);
   std::ranges::transform(setting.all(), current.values.begin(),
                          [](double v) { return static_cast<float>(v); });
-  Bytes changed(block.begin(), block.begin() + kStateHeadBytes);
-  appendStateBank(changed, bank, header.editorWord, header.editorZoom);
-  aaxhost::Chunk made = state;
-  const std::vector<char> trailer(state.data.end() - kTrailerBytes, state.data.end());
-  made.data.assign(changed.begin(), changed.end());
-  made.data.insert(made.data.end(), trailer.begin(), trailer.end());
+  writeCurrentPreset(bytes, current);
   return made;
 }
 

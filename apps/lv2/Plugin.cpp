@@ -29,12 +29,13 @@ LV2_Handle make(const char* bundle, double rateHz, const LV2_Feature* const* fea
   auto* map = static_cast<LV2_URID_Map*>(lv2_features_data(features, LV2_URID__map));
   LV2_Log_Logger logger;
   lv2_log_logger_init(&logger, map, map ? log : nullptr);
-  const auto refuse = [&logger](const char* why) {
+  const auto refuse = [&logger](const char* why) -> LV2_Handle {
     lv2_log_error(&logger, "QDX Corvane Mono: %s\n", why);
     return nullptr;
   };
+  if (!bundle) return refuse("the host does not say where the bundle is");
   try {
-    return new Held{Strip(sharedEffect(bundle ? bundle : ""), rateHz, withKey), State(map)};
+    return new Held{Strip(sharedEffect(bundle), rateHz, withKey), State(map)};
   } catch (const std::exception& error) {
     return refuse(error.what());
   } catch (...) {

@@ -3,6 +3,7 @@
 #include <lv2/atom/atom.h>
 
 #include <array>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -20,32 +21,33 @@ constexpr AAX_CTypeID kEffectChunk = AAX_TypeID("All ");
 constexpr std::uint32_t kFlags = LV2_STATE_IS_POD | LV2_STATE_IS_PORTABLE;
 constexpr std::size_t kMostBytes = 1 << 20;  // far above any state that the effect writes
 
-/// The presets inside the effect's state; false for bytes that are none.
-bool readPresets(std::span<const char> state, std::vector<PresetRecord>& presets, PresetHeader& header) {
-  if (state.size() < kStateHeadBytes) return false;
-  presets.assign(kStatePresets, PresetRecord{});
-  const auto* bytes = reinterpret_cast<const std::uint8_t*>(state.data());
-  return static_cast<bool>(
-      readStateBank(ByteView(bytes, state.size()).subspan(kStateHeadBytes), PresetRecord{}, presets, header));
+std::span<std::uint8_t> bytesOf(std::vector<char>& data) {
+  return {reinterpret_cast<std::uint8_t*>(data.data()), data.size()};
 }
 
-/// Lays the values of the ports into the current preset of the effect's state.
-void layIn(const Strip& strip, std::vector<char>& state) {
-  std::vector<PresetRecord> presets;
-  PresetHeader header;
-  if (!readPresets(state, presets, header)) return;
+/// Lays the values of the ports into the current setting of the effect's state.
+void layIn(const Strip& strip, aaxhost::Chunk& chunk) {
+  PresetRecord current;
+  if (!readCurrentPreset(bytesOf(chunk.data), current)) return;
   for (int id = 0; id < kParameters; ++id)
     if (parameterKind(id) & kKindStored)
-      presets.front().values[static_cast<std::size_t>(id)] = static_cast<float>(strip.held(id));
-  Bytes bank;
-  appendStateBank(bank, presets, header.editorWord, header.editorZoom);
-  if (bank.size() > state.size() - kStateHeadBytes) return;
-  std::ranges::copy(bank, state.begin() + kStateHeadBytes);
+      current.values[static_cast<std::size_t>(id)] = static_cast<float>(strip.held(id));
+  writeCurrentPreset(bytesOf(chunk.data), current);
+}
+
+/// A state of the effect, or nothing.
+std::optional<aaxhost::Chunk> effectState(std::span<const char> bytes) {
+  if (bytes.size() > kMostBytes) return std::nullopt;
+  auto chunk = aaxhost::chunkFromBytes(bytes);
+  PresetRecord current;
+  if (!chunk || chunk->id != kEffectChunk || !readCurrentPreset(bytesOf(chunk->data), current))
+    return std::nullopt;
+  return chunk;
 }
 
 using Word = std::array<std::uint8_t, 8>;
 
-Word bytesOf(std::uint64_t word) {
+Word wordBytes(std::uint64_t word) {
   Word bytes;
   for (std::size_t k = 0; k < bytes.size(); ++k) bytes[k] = static_cast<std::uint8_t>(word >> 8 * k);
   return bytes;
@@ -73,12 +75,12 @@ LV2_State_Status State::save(Strip& strip, LV2_State_Store_Function store, LV2_S
   if (!usable) return LV2_STATE_ERR_NO_FEATURE;
   aaxhost::Chunk chunk;
   if (strip.effect().getChunk(kEffectChunk, &chunk) != AAX_SUCCESS) return LV2_STATE_ERR_UNKNOWN;
-  layIn(strip, chunk.data);
+  layIn(strip, chunk);
   const std::vector<char> bytes = aaxhost::chunkToBytes(chunk);
   if (const auto status = store(handle, effectKey, bytes.data(), bytes.size(), chunkType, kFlags);
       status != LV2_STATE_SUCCESS)
     return status;
-  const Word rack = bytesOf(strip.rackMemory());
+  const Word rack = wordBytes(strip.rackMemory());
   return store(handle, rackKey, rack.data(), rack.size(), chunkType, kFlags);
 }
 
@@ -97,20 +99,15 @@ LV2_State_Status State::restore(Strip& strip, LV2_State_Retrieve_Function retrie
   const auto effect = stored(effectKey), rack = stored(rackKey);
   if (wrong != LV2_STATE_SUCCESS) return wrong;
 
-  // A preset of the host's menu has no state: its ports say all.
-  if (effect.data()) {
-    std::vector<PresetRecord> presets;
-    PresetHeader header;
-    const auto chunk = effect.size() <= kMostBytes ? aaxhost::chunkFromBytes(effect) : std::nullopt;
-    if (!chunk || chunk->id != kEffectChunk || !readPresets(chunk->data, presets, header))
-      return LV2_STATE_ERR_UNKNOWN;
-    if (rack.data() && (rack.size() != Word{}.size() || !RackRules().recall(wordOf(rack))))
-      return LV2_STATE_ERR_UNKNOWN;
-    if (strip.effect().setChunk(*chunk) != AAX_SUCCESS) return LV2_STATE_ERR_UNKNOWN;
-    strip.effect().settle();
-  }
-  if (rack.data() && (rack.size() != Word{}.size() || !strip.recallRack(wordOf(rack))))
+  // A preset of the host's menu has neither: its ports say all.
+  if (!effect.data() && !rack.data()) return LV2_STATE_SUCCESS;
+  if (!effect.data() || !rack.data()) return LV2_STATE_ERR_NO_PROPERTY;
+  const auto chunk = effectState(effect);
+  if (!chunk || rack.size() != Word{}.size() || !RackRules().recall(wordOf(rack)) ||
+      strip.effect().setChunk(*chunk) != AAX_SUCCESS)
     return LV2_STATE_ERR_UNKNOWN;
+  strip.effect().settle();
+  strip.recallRack(wordOf(rack));
   return LV2_STATE_SUCCESS;
 }
 

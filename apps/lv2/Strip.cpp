@@ -53,7 +53,8 @@ Strip::Strip(std::shared_ptr<aaxhost::Library> effect, double rateHz, bool hasKe
   for (const float& value : defaults) controls.push_back(&value);
   seen.assign(controls.size(), 0);
   writes.reserve(controls.size() + 2 * kPlaces);
-  for (int id = 0; id < kParameters; ++id) heldValues[at(id)] = parameterDefault(id);
+  for (const ControlPort& port : ports().controls)
+    if (port.id != kEnabledId) heldValues[at(port.id)] = port.scale.normalised(port.scale.standard);
   givenPositions.fill(-1);
 }
 
@@ -162,13 +163,6 @@ void Strip::writeMeters() {
     meterRead[k] = reading;
     *meters[k] = port.reduction ? reductionDb(reading) : levelDb(reading);
   }
-}
-
-bool Strip::recallRack(std::uint64_t memory) {
-  RackRules trial;
-  if (!trial.recall(memory)) return false;
-  recalledMemory.store(memory, std::memory_order_relaxed);
-  return true;
 }
 
 }  // namespace corvane::lv2

@@ -34,8 +34,8 @@ class Strip {
   }
   /// See RackRules::memory. [control]
   std::uint64_t rackMemory() const { return publishedMemory.load(std::memory_order_relaxed); }
-  /// Takes effect with the next run. False for a word that is none. [control]
-  bool recallRack(std::uint64_t memory);
+  /// Takes effect with the next run; a word that is none has no effect. [control]
+  void recallRack(std::uint64_t memory) { recalledMemory.store(memory, std::memory_order_relaxed); }
 
  private:
   void takeControls();

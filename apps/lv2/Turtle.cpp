@@ -245,15 +245,18 @@ bool isOfPreset(const ControlPort& port, const Preset& preset) {
   return port.id - base < kHeadSize || (family && findRow(*family, port.id - base));
 }
 
-/// Types and positions are stored as shares in more than one form: the state counts, not the number.
+/// Types are stored as shares in more than one form: the state counts, not the number. One without a module
+/// passes its input, as a place that is off does.
+float typeValue(const ControlPort& port, double p) {
+  const int type = port.place < kFixedPlaces ? decodeVariant(p) : decodeInsertIndex(p);
+  const bool exists =
+      std::ranges::any_of(port.scale.choices, [type](const Choice& c) { return c.value == type; });
+  return exists ? static_cast<float>(type) : 0.0f;
+}
+
 float portValue(const ControlPort& port, double p) {
-  if (port.place != kNoPlace) switch (port.id - kRack[static_cast<std::size_t>(port.place)].parameterBase) {
-      case kTypeOffset:
-        return static_cast<float>(port.place < kFixedPlaces ? decodeVariant(p) : decodeInsertIndex(p));
-      case kPositionOffset: return static_cast<float>(decodePosition(p) + 1);
-      default: break;
-    }
-  return port.scale.physical(p);
+  const int offset = port.id - kRack[static_cast<std::size_t>(port.place)].parameterBase;
+  return offset == kTypeOffset ? typeValue(port, p) : port.scale.physical(p);
 }
 
 std::string presetText(const Preset& preset, std::string_view category) {

@@ -1,5 +1,7 @@
 #include "control/StateBank.h"
 
+#include <algorithm>
+
 namespace corvane {
 
 namespace {
@@ -45,6 +47,44 @@ PresetResult readStateBank(ByteView data, const PresetRecord& fresh, std::vector
   bank = std::move(presets);
   header = read;
   return {};
+}
+
+namespace {
+
+struct WholeBank {
+  std::vector<PresetRecord> presets = std::vector<PresetRecord>(kStatePresets);
+  PresetHeader header;
+};
+
+PresetResult readWhole(ByteView state, WholeBank& bank) {
+  PresetResult refused;
+  refused.error = PresetError::tooShort;
+  if (state.size() < kStateHeadBytes) return refused;
+  return readStateBank(state.subspan(kStateHeadBytes), {}, bank.presets, bank.header);
+}
+
+}  // namespace
+
+PresetResult readCurrentPreset(ByteView state, PresetRecord& record) {
+  WholeBank bank;
+  PresetResult result = readWhole(state, bank);
+  if (result) record = bank.presets.front();
+  return result;
+}
+
+PresetResult writeCurrentPreset(std::span<std::uint8_t> state, const PresetRecord& record) {
+  WholeBank bank;
+  PresetResult result = readWhole(state, bank);
+  if (!result) return result;
+  bank.presets.front() = record;
+  Bytes changed;
+  appendStateBank(changed, bank.presets, bank.header.editorWord, bank.header.editorZoom);
+  if (changed.size() > state.size() - kStateHeadBytes) {
+    result.error = PresetError::tooShort;
+    return result;
+  }
+  std::ranges::copy(changed, state.begin() + kStateHeadBytes);
+  return result;
 }
 
 }  // namespace corvane

@@ -23,4 +23,9 @@ void appendStateBank(Bytes& out, std::span<const PresetRecord> bank, std::int32_
 PresetResult readStateBank(ByteView data, const PresetRecord& fresh, std::vector<PresetRecord>& bank,
                            PresetHeader& header);
 
+/// The current setting of a whole state, head included, and the same put in its place. What follows the bank
+/// stays. A state with a fault leaves all as it was.
+PresetResult readCurrentPreset(ByteView state, PresetRecord& record);
+PresetResult writeCurrentPreset(std::span<std::uint8_t> state, const PresetRecord& record);
+
 }  // namespace corvane
