@@ -1,18 +1,35 @@
 #include "core/Rack.h"
 
+#include <cstdint>
+
 namespace corvane {
 
-int placeOfParameter(int id) {
-  for (int k = 0; k < kPlaces; ++k)
-    if (id >= kRack[k].parameterBase && id < kRack[k].parameterBase + kRack[k].parameterCount) return k;
-  return -1;
+namespace {
+
+/// Place of each id from 0 on, -1 for ids of no group. Every block asks for all meters.
+template <std::size_t kIds>
+constexpr std::array<std::int8_t, kIds> placesById(int Place::*base, int Place::*count) {
+  std::array<std::int8_t, kIds> places{};
+  places.fill(-1);
+  for (std::size_t k = 0; k < kPlaces; ++k)
+    for (int n = 0; n < kRack[k].*count; ++n)
+      places[static_cast<std::size_t>(kRack[k].*base + n)] = static_cast<std::int8_t>(k);
+  return places;
 }
 
-int placeOfMeter(int id) {
-  for (int k = 0; k < kPlaces; ++k)
-    if (id >= kRack[k].meterBase && id < kRack[k].meterBase + kRack[k].meterCount) return k;
-  return -1;
+constexpr auto kPlaceOfParameter = placesById<kParameters>(&Place::parameterBase, &Place::parameterCount);
+constexpr auto kPlaceOfMeter =
+    placesById<kRack.back().meterBase + kRack.back().meterCount>(&Place::meterBase, &Place::meterCount);
+
+template <std::size_t kIds>
+int lookUp(const std::array<std::int8_t, kIds>& places, int id) {
+  return id >= 0 && id < static_cast<int>(kIds) ? places[static_cast<std::size_t>(id)] : -1;
 }
+
+}  // namespace
+
+int placeOfParameter(int id) { return lookUp(kPlaceOfParameter, id); }
+int placeOfMeter(int id) { return lookUp(kPlaceOfMeter, id); }
 
 int kindOfInsertIndex(int insertIndex) {
   if (insertIndex == 0) return 0;

@@ -1,9 +1,12 @@
 #include "host/ProcessFunction.h"
 
 #include <algorithm>
-#include <cmath>
+#include <bit>
+#include <cstdint>
+#include <vector>
 
 #include "core/CorvaneMonoEffect.h"
+#include "core/ParameterBank.h"
 #include "host/SharedBlock.h"
 #include "platform/aax/AAX_IHost.h"
 
@@ -12,6 +15,15 @@ namespace corvane::host {
 namespace {
 
 constexpr double kTicksPerQuarter = 960000.0;
+
+/// Ids that a host has, in rising order: worked out once, since every block walks over them. The tables of
+/// the families are constants and stand before this.
+const std::vector<int> kHostIds = [] {
+  std::vector<int> ids;
+  for (int id = 0; id < kParameters; ++id)
+    if ((parameterKind(id) & kKindAnnounced) != 0) ids.push_back(id);
+  return ids;
+}();
 
 /// One instance's fields.
 class Record {
@@ -59,8 +71,7 @@ int insertOfType(int id) {
 }
 
 void takeParameters(const Record& record, SharedBlock& shared, CorvaneMonoEffect& effect) {
-  for (int id = 0; id < kParameters; ++id) {
-    if ((parameterKind(id) & kKindAnnounced) == 0) continue;
+  for (const int id : kHostIds) {
     const float value = record.at<const float>(kFirstParameterField + id);
     float& seen = shared.seenValues[id];
     if (value == seen) continue;
@@ -74,6 +85,9 @@ void takeParameters(const Record& record, SharedBlock& shared, CorvaneMonoEffect
 }
 
 void takeCommands(SharedBlock& shared, CorvaneMonoEffect& effect) {
+  int waiting = 0;
+  for (const float value : shared.commandValues) waiting += value >= 0.0f ? 1 : 0;
+  if (waiting == 0) return;  // nearly always
   for (int k = 0; k < kCommands; ++k) {
     float& value = shared.commandValues[k];
     if (!(value >= 0.0f)) continue;
@@ -82,10 +96,17 @@ void takeCommands(SharedBlock& shared, CorvaneMonoEffect& effect) {
   }
 }
 
+/// The larger of `peak` and the largest magnitude; what is not a number counts nothing.
 float peakOf(const float* samples, int frames, float peak) {
   if (!samples) return peak;
-  for (int i = 0; i < frames; ++i) peak = std::max(peak, std::abs(samples[i]));
-  return peak;
+  // Magnitudes are in the order of their bits, and whole numbers are compared several at a time.
+  constexpr std::int32_t kMagnitude = 0x7FFFFFFF, kInfinity = 0x7F800000;
+  auto largest = std::bit_cast<std::int32_t>(peak);
+  for (int i = 0; i < frames; ++i) {
+    const std::int32_t bits = std::bit_cast<std::int32_t>(samples[i]) & kMagnitude;
+    largest = std::max(largest, bits <= kInfinity ? bits : 0);
+  }
+  return std::bit_cast<float>(largest);
 }
 
 void publishMeters(CorvaneMonoEffect& effect, float* meters) {
