@@ -12,4 +12,5 @@ run=""
 echo "installing:$missing"
 $run apt-get update -qq
 # shellcheck disable=SC2086  # one word a package is meant
-DEBIAN_FRONTEND=noninteractive $run apt-get install -y -qq --no-install-recommends $missing >/dev/null
+# behind sudo, which keeps no such variable of its caller
+$run env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $missing >/dev/null
