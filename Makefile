@@ -1,7 +1,7 @@
 # Two commands do everything on a fresh Debian 12: `make demo` and `make test`.
 # They install what packages.txt lists and this machine lacks, build in build/, and run.
 
-.PHONY: all build lv2 demo test check-lv2 sanitize tsan bench audition docs lint clean
+.PHONY: all build lv2 install demo test check-lv2 sanitize tsan bench audition docs lint clean
 
 all: build
 
@@ -15,6 +15,14 @@ lv2:
 	@sh packages.sh packages.txt
 	@cmake --preset release --log-level=WARNING
 	@cmake --build build --target corvane_lv2
+
+# The LV2 bundle, the program, its manual page and the docs; DESTDIR=... packs them below another root.
+PREFIX ?= /usr/local
+install:
+	@sh packages.sh packages.txt
+	@cmake --preset release --log-level=WARNING
+	@cmake --build build --target corvane corvane_lv2
+	@cmake --install build --prefix "$(abspath $(PREFIX))"
 
 # Four settings on a recorded voice: a table here, files and pictures in demo/.
 demo: build

@@ -1,0 +1,30 @@
+# Installs into a folder of its own and runs what came there: the program finds its effect, the bundle is whole.
+set(prefix "${BUILD}/install-test")
+file(REMOVE_RECURSE "${prefix}")
+set(ENV{HOME} "${prefix}/home")
+unset(ENV{DESTDIR})
+execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix} OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+foreach(file lib/lv2/corvane.lv2/manifest.ttl lib/lv2/corvane.lv2/corvane.so
+             "lib/lv2/corvane.lv2/QDX Corvane Mono.aaxplugin/Contents/x64/QDX Corvane Mono.aaxplugin"
+             share/man/man1/corvane.1 share/doc/Corvane/docs/lv2.md)
+  if(NOT EXISTS "${prefix}/${file}")
+    message(FATAL_ERROR "not installed: ${file}")
+  endif()
+endforeach()
+execute_process(COMMAND ${CMAKE_COMMAND} -E env --unset=CORVANE_PLUGIN ${prefix}/bin/corvane demo --out-dir ${prefix}/demo
+                OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+# every command of the program stands in its manual page
+execute_process(COMMAND ${prefix}/bin/corvane --help OUTPUT_VARIABLE help COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCH "Subcommands:\n(.*)\n\n" ignored "${help}")
+string(REGEX MATCHALL "\n  [a-z]+" commands "\n${CMAKE_MATCH_1}")
+file(READ "${prefix}/share/man/man1/corvane.1" page)
+if(NOT commands)
+  message(FATAL_ERROR "the help names no commands:\n${help}")
+endif()
+foreach(command ${commands})
+  string(STRIP "${command}" command)
+  if(NOT page MATCHES "\n\\.B ${command}\n")
+    message(FATAL_ERROR "corvane.1 does not tell of the command ${command}")
+  endif()
+endforeach()
+file(REMOVE_RECURSE "${prefix}")
