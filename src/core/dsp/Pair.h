@@ -21,4 +21,9 @@ inline Pair absolute(Pair v) {
 /// The same value in both lanes.
 inline Pair both(double v) { return Pair{v, v}; }
 
+/// Four doubles side by side: one register in a loop that may use AVX2, else two pairs. A function takes or
+/// returns them only where it is inlined for certain, since the two forms are handed over differently.
+using Quad = double __attribute__((vector_size(32)));
+using QuadMask = std::int64_t __attribute__((vector_size(32)));
+
 }  // namespace corvane

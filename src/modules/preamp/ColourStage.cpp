@@ -89,8 +89,10 @@ void ColourStage::moveControls() {
 
 void ColourStage::addHiss(Pair* samples, int frames) {
   Pair noise[kBlockFrames];
-  hiss.draw(noise, frames, hissLevel.current);
-  if (colour != Colour::converter90s) hiss.shape(noise, frames);
+  if (colour == Colour::converter90s)
+    hiss.draw(noise, frames, hissLevel.current);
+  else
+    hiss.drawShaped(noise, frames, hissLevel.current);
   if (hissMode == HissMode::off) return;
   if (hissMode == HissMode::autoMute) {
     double gains[kBlockFrames];

@@ -25,7 +25,7 @@ HissSource::HissSource(int unit)
 
 void HissSource::configure(const ConsoleRow& console, double sampleRateHz) {
   share = 1.0 - std::exp(-2.0 * std::numbers::pi * console.hissCornerHz / sampleRateHz);
-  const auto design = [&](std::size_t section, SectionType type, auto rowOfChannel) {
+  const auto design = [&](int section, SectionType type, auto rowOfChannel) {
     BiquadCoefficients c[2];
     for (std::size_t channel = 0; channel < 2; ++channel) {
       const SectionRow row = rowOfChannel(tolerances[channel]);
@@ -60,18 +60,40 @@ void HissSource::reset() {
   filters.clearHistory();
 }
 
-CORVANE_WIDE_LOOPS void HissSource::draw(Pair* hiss, int frames, double level) {
-  NoiseGenerator left = generators[0], right = generators[1];
-  Pair s = state;
-  for (int i = 0; i < frames; ++i) {
+/// Generators and one-pole in registers; a call is a frame.
+struct HissSource::White {
+  White(HissSource& source, double hissLevel)
+      : owner(source),
+        left(source.generators[0]),
+        right(source.generators[1]),
+        state(source.state),
+        share(source.share),
+        level(hissLevel),
+        scale(source.scale),
+        gain(source.gain) {}
+  ~White() { owner.generators[0] = left, owner.generators[1] = right, owner.state = state; }
+
+  [[gnu::always_inline]] Pair operator()() {
     const Pair white = 2.0 * Pair{left.next(), right.next()} - 1.0;
-    s = flushed(s + (white - s) * share, kHissFlush);
-    hiss[i] = s * level * scale * gain;
+    state = flushed(state + (white - state) * share, kHissFlush);
+    return state * level * scale * gain;
   }
-  generators[0] = left, generators[1] = right;
-  state = s;
+
+  HissSource& owner;
+  NoiseGenerator left, right;
+  Pair state;
+  const double share, level, scale;
+  const Pair gain;
+};
+
+CORVANE_WIDE_LOOPS void HissSource::draw(Pair* hiss, int frames, double level) {
+  White white(*this, level);
+  for (int i = 0; i < frames; ++i) hiss[i] = white();
 }
 
-CORVANE_WIDE_LOOPS void HissSource::shape(Pair* hiss, int frames) { filters.run(hiss, frames); }
+CORVANE_WIDE_LOOPS void HissSource::drawShaped(Pair* hiss, int frames, double level) {
+  White white(*this, level);
+  filters.run(white, hiss, frames);
+}
 
 }  // namespace corvane::preamp

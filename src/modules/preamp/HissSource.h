@@ -1,7 +1,7 @@
 #pragma once
 
-#include "modules/preamp/ChannelPair.h"
 #include "modules/preamp/ConsoleTable.h"
+#include "modules/preamp/HissFilters.h"
 #include "modules/preamp/NoiseGenerator.h"
 #include "modules/preamp/PreampTolerances.h"
 
@@ -26,14 +26,16 @@ class HissSource {
 
   /// White noise behind the one-pole, `level` linear.
   void draw(Pair* hiss, int frames, double level);
-  /// Shelf and peaks over what was drawn.
-  void shape(Pair* hiss, int frames);
+  /// The same behind shelf and peaks.
+  void drawShaped(Pair* hiss, int frames, double level);
 
   NoiseGenerator generators[2];
 
  private:
+  struct White;
+
   std::array<ChannelTolerance, 2> tolerances;
-  PairCascade<4> filters;  ///< shelf and three peaks
+  HissFilters filters;  ///< shelf and three peaks
   Pair state{};
   Pair gain;
   double scale = 1.0;

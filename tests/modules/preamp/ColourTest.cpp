@@ -265,8 +265,7 @@ TEST(Hiss, HasTheLevelAndTheSpectrumOfItsFilters) {
       Samples y;
       for (std::size_t at = 0; at < count(kSeconds, rateHz); at += kBlockFrames) {
         Pair block[kBlockFrames];
-        hiss.draw(block, kBlockFrames, 1.0);
-        hiss.shape(block, kBlockFrames);
+        hiss.drawShaped(block, kBlockFrames, 1.0);
         for (const Pair& v : block) y.push_back(v[0]);
       }
       const ChannelTolerance t = unitTolerances(kUnit)[0];

@@ -41,10 +41,11 @@ struct Rivals {
 
   /// Largest difference over both channels, as a share of the largest sample.
   double difference(Samples left, Samples right) {
+    constexpr std::size_t kBlocks[] = {64, 17, 1, 64, 2, 4, 64, 3, 5};
     Samples plainLeft = left, plainRight = right;
     double worst = 0.0;
-    for (std::size_t at = 0, n = 0; at < left.size(); at += n) {
-      n = std::min<std::size_t>(at % 3 == 0 ? 64 : 17, left.size() - at);
+    for (std::size_t at = 0, n = 0, turn = 0; at < left.size(); at += n) {
+      n = std::min(kBlocks[turn++ % std::size(kBlocks)], left.size() - at);
       fast->process(&left[at], &right[at], static_cast<int>(n));
       plain.process(&plainLeft[at], &plainRight[at], static_cast<int>(n));
       for (std::size_t i = at; i < at + n; ++i)
