@@ -33,11 +33,6 @@ bool readsAsOff(std::string_view word) {
   return word.empty() || word == "-" || lowered == "out" || lowered.ends_with("off");
 }
 
-void makeSwitch(ControlPort& port, double standard) {
-  port.scale = choiceScale({{0, 0.0, ""}, {1, 1.0, ""}}, standard);
-  port.toggled = true;
-}
-
 Scale typeScale(int place) {
   std::vector<Choice> choices{{0, 0.0, "Off"}};
   if (place >= kFixedPlaces) {
@@ -55,8 +50,8 @@ Scale typeScale(int place) {
 
 Scale positionScale() {
   constexpr const char* kLetters[] = {"A", "B", "C", "D", "E", "F", "G", "H", "I"};
-  std::vector<Choice> choices;
-  for (int k = 0; k < kPlaces; ++k) choices.push_back({k + 1, k / 8.0, kLetters[k]});
+  std::vector<Choice> choices(kPlaces);
+  for (int k = 0; k < kPlaces; ++k) choices[static_cast<std::size_t>(k)] = {k + 1, k / 8.0, kLetters[k]};
   return choiceScale(std::move(choices), 0.0);
 }
 
@@ -72,12 +67,11 @@ void makeHead(ControlPort& port, int offset) {
     case kPositionOffset:
       port.scale = positionScale();
       port.scale.standard = port.scale.physical(standard);
-      port.integer = true;
       break;
     case kSideChainOffset:
       port.scale = choiceScale({{0, 0.0, "Input"}, {1, 1.0, "Ext AUX"}}, standard);
       break;
-    default: makeSwitch(port, standard);
+    default: port.scale = toggleScale(standard);
   }
 }
 
@@ -86,7 +80,7 @@ void makeOwn(ControlPort& port, const ModuleFamily& family, const Row& row) {
   port.unit = measureOf(row);
   if (port.scale.form == Scale::Form::choice) {
     if (port.scale.choices.size() == 2 && readsAsOff(port.scale.choices.front().name))
-      makeSwitch(port, row.defaultValue);
+      port.scale = toggleScale(row.defaultValue);
     for (Choice& choice : port.scale.choices)
       if (!port.unit.empty()) choice.name += " " + port.unit;
     port.unit.clear();
@@ -109,7 +103,7 @@ ControlPort controlOf(int id) {
   ControlPort port{
       .id = id, .symbol = symbolOf(nameOf(id)), .name = nameOf(id), .place = placeOfParameter(id)};
   if (id == kProcessId) {
-    makeSwitch(port, 1.0);
+    port.scale = toggleScale(1.0);
     return port;
   }
   const Place& place = kRack[static_cast<std::size_t>(port.place)];
@@ -150,9 +144,8 @@ std::vector<MeterPort> makeMeters() {
 
 Ports makePorts() {
   Ports made;
-  ControlPort enabled{.id = kEnabledId, .symbol = "enabled", .name = "Enabled"};
-  makeSwitch(enabled, 1.0);
-  made.controls.push_back(std::move(enabled));
+  made.controls.push_back(
+      {.id = kEnabledId, .symbol = "enabled", .name = "Enabled", .scale = toggleScale(1.0)});
   for (int id = 0; id < kParameters; ++id)
     if (parameterKind(id) & kKindAnnounced) made.controls.push_back(controlOf(id));
   made.meters = makeMeters();

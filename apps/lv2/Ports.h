@@ -31,8 +31,6 @@ struct ControlPort {
   std::string name;
   int place = kNoPlace;
   Scale scale{};
-  bool toggled = false;
-  bool integer = false;
   bool logarithmic = false;
   std::string unit{};           ///< as people write it; empty for none
   std::vector<Choice> stops{};  ///< ends of the range that displays name by a word: "Off", "-oo"

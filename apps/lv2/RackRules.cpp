@@ -46,7 +46,7 @@ RackRules::Positions RackRules::positions() const {
 }
 
 std::uint64_t RackRules::memory() const {
-  std::uint64_t word = static_cast<std::uint64_t>(monitor + 1);
+  auto word = static_cast<std::uint64_t>(monitor) + 1;  // -1 becomes 0
   for (const auto& digits : {lastAsked, order})
     for (const int digit : digits) word = word * kDigits + static_cast<std::uint64_t>(digit);
   return word;

@@ -76,6 +76,7 @@ double Scale::normalised(float given) const {
   const auto x = static_cast<double>(held);
   switch (form) {
     case Form::bare: return x;
+    case Form::toggle: return x > 0.0 ? 1.0 : 0.0;
     case Form::choice: {
       const Choice* nearest = &choices.front();
       for (const Choice& choice : choices)
@@ -100,6 +101,7 @@ double Scale::normalised(float given) const {
 
 float Scale::physical(double p) const {
   if (form == Form::bare) return static_cast<float>(p);
+  if (form == Form::toggle) return p >= 0.5 ? 1.0f : 0.0f;
   if (form == Form::choice) {
     const Choice* held = &choices.front();
     for (const Choice& choice : choices)
@@ -122,6 +124,13 @@ float Scale::physical(double p) const {
 Scale bareScale(double standard) {
   Scale scale;
   scale.standard = static_cast<float>(standard);
+  return scale;
+}
+
+Scale toggleScale(double standard) {
+  Scale scale;
+  scale.form = Scale::Form::toggle;
+  scale.standard = scale.physical(standard);
   return scale;
 }
 

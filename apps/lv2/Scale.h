@@ -25,6 +25,7 @@ struct Scale {
     plain,     ///< the taper's physical value times `factor`
     decibels,  ///< 20 log10 of the taper's physical value over that of 0 dB
     choice,    ///< one of `choices`
+    toggle,    ///< on for anything above 0, as hosts mean it
   };
 
   Form form = Form::bare;
@@ -50,6 +51,7 @@ struct Scale {
 Scale scaleOf(const ModuleFamily& family, const Row& row);
 /// 0..1, for parameters whose meaning changes with the module in an insert.
 Scale bareScale(double standard);
+Scale toggleScale(double standard);
 Scale choiceScale(std::vector<Choice> choices, double standard);
 
 }  // namespace corvane::lv2

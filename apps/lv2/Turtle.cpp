@@ -125,8 +125,8 @@ void addControl(std::string& text, const ControlPort& port, std::uint32_t index)
   if (port.id == kEnabledId) text += " ;\n\t\tlv2:designation lv2:enabled";
   if (port.place != kNoPlace) add(text, " ;\n\t\tpg:group {}", placeGroup(port.place));
   if (!port.unit.empty()) add(text, " ;\n\t\tunits:unit {}", unitOf(port.unit));
-  const bool isChoice = port.scale.form == Scale::Form::choice && !port.toggled;
-  if (port.toggled) text += " ;\n\t\tlv2:portProperty lv2:toggled";
+  const bool isChoice = port.scale.form == Scale::Form::choice;
+  if (port.scale.form == Scale::Form::toggle) text += " ;\n\t\tlv2:portProperty lv2:toggled";
   if (isChoice) text += " ;\n\t\tlv2:portProperty lv2:integer , lv2:enumeration";
   if (port.logarithmic) text += " ;\n\t\tlv2:portProperty pprops:logarithmic";
   if (isChoice)

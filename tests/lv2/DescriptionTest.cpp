@@ -175,12 +175,14 @@ TEST_F(Bundle, APresetSetsWhatTheFactoryBankHolds) {
             << label << ": others run it as another";
       } else if (offset == kPositionOffset)
         EXPECT_EQ(decodePosition(p), decodePosition(held)) << label << " " << port.symbol;
+      else if (port.scale.form == Scale::Form::toggle)
+        EXPECT_EQ(p, decodeSwitch(held)) << label << " " << port.symbol;
       else if (port.scale.form == Scale::Form::choice)
         EXPECT_NEAR(p, held, 0.5 / static_cast<double>(port.scale.choices.size() - 1))
             << label << " " << port.symbol;
       else
         EXPECT_NEAR(p, held, 1e-7) << label << " " << port.symbol;
-      if (port.scale.form != Scale::Form::choice)
+      if (port.scale.form != Scale::Form::choice && port.scale.form != Scale::Form::toggle)
         ++all, exact += static_cast<float>(p) == static_cast<float>(held);
     }
     EXPECT_GE(set.size(), 127u) << label;

@@ -22,6 +22,11 @@ const Scale& scaleOf(const std::string& symbol) {
 
 TEST(Scale, AValueComesBackFromItsPhysicalUnit) {
   for (const ControlPort& port : ports().controls) {
+    if (port.scale.form == Scale::Form::toggle) {
+      for (const double p : {0.0, 1.0})
+        EXPECT_EQ(port.scale.normalised(port.scale.physical(p)), p) << port.name;
+      continue;
+    }
     if (port.scale.form == Scale::Form::choice) {
       for (const Choice& choice : port.scale.choices)
         EXPECT_EQ(port.scale.normalised(port.scale.physical(choice.p)), choice.p) << port.name;
@@ -70,7 +75,7 @@ TEST(Scale, AFractionOfAChoiceIsTheNearestThatExists) {
   EXPECT_EQ(decodeVariant(scaleOf("lim_type").normalised(5.0f)), 7);
   EXPECT_EQ(decodeInsertIndex(scaleOf("insx_type").normalised(113.4f)), 113);
   EXPECT_EQ(decodeInsertIndex(scaleOf("insx_type").normalised(105.4f)), 113) << "nothing between 97 and 113";
-  EXPECT_EQ(scaleOf("pre_mute").normalised(0.7f), 1.0);
+  for (const float above : {1e-40f, 0.3f, 0.7f}) EXPECT_EQ(scaleOf("pre_mute").normalised(above), 1.0);
 }
 
 TEST(Scale, ReadsAsAPersonReadsIt) {

@@ -68,6 +68,22 @@ TEST_F(Lv2, TellsTwoPluginsAndNoMore) {
   EXPECT_EQ(binary.descriptor(0)->extension_data("urn:other"), nullptr);
 }
 
+TEST(Lv2Library, GoesWhenTheHostLetsItGo) {
+  const auto isLoaded = [](const char* file) {
+    void* handle = dlopen(file, RTLD_NOW | RTLD_NOLOAD);
+    if (handle) dlclose(handle);
+    return handle != nullptr;
+  };
+  {
+    const Binary binary;
+    RawStrip(binary).run(64);
+    EXPECT_TRUE(isLoaded(LV2_BUNDLE "/corvane.so"));
+    EXPECT_FALSE(isLoaded(LV2_BUNDLE "/QDX Corvane Mono.aaxplugin/Contents/x64/QDX Corvane Mono.aaxplugin"))
+        << "the effect goes with its last instance";
+  }
+  EXPECT_FALSE(isLoaded(LV2_BUNDLE "/corvane.so"));
+}
+
 TEST_F(Lv2, SoundsAsTheStripAloneWithTheSameValues) {
   for (const bool keyed : {false, true}) {
     RawStrip strip(binary, 96000.0, true);
