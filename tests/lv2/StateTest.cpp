@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <random>
-#include <thread>
 
 #include "tests/lv2/RawHost.h"
 
@@ -126,25 +125,6 @@ TEST_F(Lv2State, WithoutUridsThereIsNone) {
   Saved saved;
   EXPECT_EQ(strip.state().save(strip.handle, Saved::store, &saved, 0, nullptr), LV2_STATE_ERR_NO_FEATURE);
   EXPECT_TRUE(saved.properties.empty());
-}
-
-TEST_F(Lv2State, SavesAndRestoresWhileSoundRuns) {
-  RawStrip strip(binary);
-  turnKnobs(strip, 4);
-  std::atomic<bool> going = true;
-  std::thread control([&] {
-    while (going) EXPECT_EQ(strip.restore(strip.save()), LV2_STATE_SUCCESS);
-  });
-  Floats y(256);
-  strip.connect(x.data(), y.data());
-  for (int block = 0; block < 2000; ++block) {
-    strip.control("comp_position") = static_cast<float>(block % 9 + 1);
-    strip.control("eq_hi_gain") = static_cast<float>(block % 36 - 18);
-    strip.run(256);
-    ASSERT_TRUE(std::isfinite(y[block % 256]));
-  }
-  going = false;
-  control.join();
 }
 
 }  // namespace
