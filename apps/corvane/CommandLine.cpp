@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "corvane/DemoCommand.h"
+#include "corvane/DescribeCommand.h"
 #include "corvane/Failure.h"
 #include "corvane/Interrupt.h"
 #include "corvane/ParamsCommand.h"
@@ -55,12 +56,14 @@ int runCommandLine(int argc, const char* const* argv, Console& console) {
   ParamsOptions params;
   PresetsOptions presets;
   ShowOptions show;
+  DescribeOptions describe;
   DemoOptions demo;
   SessionOptions session;
   addRenderCommand(app, render);
   addParamsCommand(app, params);
   addPresetsCommand(app, presets);
   addShowCommand(app, show);
+  addDescribeCommand(app, describe);
   addSessionCommand(app, session);
   addDemoCommand(app, demo);
   if (isUnknownCommand(app, argc, argv)) {
@@ -85,6 +88,7 @@ int runCommandLine(int argc, const char* const* argv, Console& console) {
     if (app.got_subcommand("render")) return runRender(render, console);
     if (app.got_subcommand("presets")) return runPresets(presets, console);
     if (app.got_subcommand("show")) return runShow(show, console);
+    if (app.got_subcommand("describe")) return runDescribe(describe, console);
     if (app.got_subcommand("session")) return runSession(session, console);
     if (app.got_subcommand("demo")) return runDemo(demo, console);
     return runParams(params, console);
