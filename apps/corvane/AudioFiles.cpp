@@ -91,7 +91,11 @@ const char* extensionOf(OutputFormat format) { return entryOf(format).extension;
 
 AudioWriter::AudioWriter(const std::filesystem::path& asked, OutputFormat format, int rateHz, int channels,
                          std::int64_t expectedFrames)
-    : path(asked), pending(asked), bits(entryOf(format).bits), channelCount(channels) {
+    : path(asked),
+      pending(asked),
+      bits(entryOf(format).bits),
+      isFlac(format == OutputFormat::flac),
+      channelCount(channels) {
   const FormatEntry& entry = entryOf(format);
   const std::int64_t frameBytes = std::int64_t{channels} * (bits == 0 ? 4 : bits / 8);
   const bool large = entry.container == SF_FORMAT_WAV && expectedFrames > kLargestWavBytes / frameBytes;
@@ -116,6 +120,7 @@ void AudioWriter::failWriting(int error) const {
 
 void AudioWriter::write(const float* samples, std::int64_t frames) {
   errno = 0;
+  writtenFrames += frames;
   if (bits == 0) {
     if (sf_writef_float(file.get(), samples, frames) != frames) failWriting(errno);
     return;
@@ -134,6 +139,8 @@ void AudioWriter::write(const float* samples, std::int64_t frames) {
 }
 
 void AudioWriter::commit() {
+  if (isFlac && writtenFrames == 0)  // the library leaves a file without even a header
+    fail("cannot write {}: a FLAC file of no frames cannot be made; try --format float", printable(path));
   errno = 0;
   sf_write_sync(file.get());
   if (sf_error(file.get()) != SF_ERR_NO_ERROR) failWriting(errno);

@@ -66,8 +66,9 @@ class AudioWriter {
   PendingFile pending;
   SoundHandle file;
   int bits = 0;  ///< of a whole-number format, 0 for float
+  bool isFlac = false;
   int channelCount = 0;
-  std::int64_t clippedSamples = 0;
+  std::int64_t writtenFrames = 0, clippedSamples = 0;
 };
 
 }  // namespace corvane::cli

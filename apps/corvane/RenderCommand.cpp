@@ -152,6 +152,22 @@ std::vector<Job> jobsFrom(const RenderOptions& options, OutputFormat format) {
   return jobs;
 }
 
+/// Files beside the sound; two outputs under one name would leave the later one alone.
+void refuseSharedOutputs(const RenderOptions& options, const std::vector<Job>& jobs) {
+  std::map<fs::path, std::string> writers;
+  const auto claim = [&](const std::string& option, const fs::path& file) {
+    if (file.empty()) return;
+    const auto [other, isNew] = writers.emplace(fs::absolute(file).lexically_normal(), option);
+    if (!isNew) refuse("{} {}: {} writes this file as well", option, printable(file), other->second);
+  };
+  for (const Job& job : jobs) claim(options.output.empty() ? "--out-dir" : "-o", job.output);
+  claim("--meters", options.meters);
+  claim("--meter-log", options.meterLog);
+  claim("--picture", options.picture);
+  claim("--save-preset", options.savePreset.empty() ? "" : presetFileName(options.savePreset));
+  claim("--save-state", options.saveState);
+}
+
 std::string levelText(double gain) { return decibels(gain, 1) + " dBFS"; }
 
 void tell(const Job& job, Console& console) {
@@ -387,6 +403,7 @@ int runRender(const RenderOptions& options, Console& console) {
   const RenderPlan plan = planFrom(options, setting);
   const PicturePlan picture = pictureFrom(options);
   std::vector<Job> jobs = jobsFrom(options, plan.format);
+  refuseSharedOutputs(options, jobs);
   if (!options.outputFolder.empty()) makeFolder(options.outputFolder);
   const auto processors = static_cast<std::size_t>(std::max(1U, std::thread::hardware_concurrency()));
   const std::size_t workers = options.jobs > 0 ? static_cast<std::size_t>(options.jobs) : processors;

@@ -25,6 +25,10 @@ TEST_F(Files, OfNoFramesStayFilesOfNoFrames) {
     EXPECT_EQ(answer.code, 0) << answer.err;
     EXPECT_EQ(read("out.wav").frames(), 0U) << format;
   }
+  EXPECT_EQ(render("in.wav", "none.flac", {"--format", "flac"}).err,
+            "error: cannot write " + at("none.flac") +
+                ": a FLAC file of no frames cannot be made; try --format float\n");
+  EXPECT_FALSE(fs::exists(at("none.flac")));
 }
 
 TEST_F(Files, WithALyingHeaderGiveWhatIsThere) {

@@ -95,6 +95,25 @@ TEST_F(Presets, ThatCannotBeFoundOrReadAreRefusedWhole) {
   EXPECT_FALSE(fs::exists(at("out.wav")));
 }
 
+TEST_F(Presets, OfOneNameAreToldApartByIndexAndFile) {
+  write("in.wav", {48000, {noise(100)}});
+  const fs::path own = fs::path(std::getenv("HOME")) / "Documents/Quadrexa/User Presets/QDX Corvane";
+  fs::create_directories(own);
+  const std::string file = (own / "Drums Init.qdx").string();
+  ASSERT_EQ(render("in.wav", "out.wav", {"--set", "Mstr:Type=Master Control", "--save-preset", file}).code,
+            0);
+  const auto factory = nlohmann::json::parse(run({"show", "--json", "2"}).out);
+  ASSERT_EQ(factory.at("name"), "Drums Init");
+  EXPECT_EQ(run({"show", "drums init"}).err,
+            "error: several presets have the name \"drums init\": 2, " + file + "\n");
+  EXPECT_EQ(render("in.wav", "two.wav", {"--preset", "Drums Init"}).code, 2);
+  EXPECT_FALSE(fs::exists(at("two.wav")));
+  EXPECT_EQ(nlohmann::json::parse(run({"show", "--json", file}).out).at("file"), file);
+  EXPECT_EQ(render("in.wav", "two.wav", {"--preset", "2"}).code, 0);
+  fs::remove(file);
+  EXPECT_EQ(render("in.wav", "two.wav", {"--preset", "Drums Init"}).code, 0);
+}
+
 TEST(Words, DistanceCountsLettersWhateverTheirCase) {
   EXPECT_EQ(cli::editDistance("Treshold", "threshold"), 1U);
   EXPECT_EQ(cli::editDistance("", "abc"), 3U);

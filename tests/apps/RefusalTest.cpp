@@ -120,6 +120,13 @@ TEST_F(Refusal, OfSeveralInputsThatWouldMeetInOneOutput) {
   EXPECT_EQ(run({"render", "--help"}).code, 0);
 }
 
+TEST_F(Refusal, OfTwoOutputsUnderOneName) {
+  const std::string again = (folder / "." / "out.wav").string();
+  expectRefused({"--meter-log", again}, 2, "--meter-log " + again + ": -o writes this file as well");
+  expectRefused({"--save-preset", at("a"), "--save-state", at("a.qdx")}, 2,
+                "--save-state " + at("a.qdx") + ": --save-preset writes this file as well");
+}
+
 TEST_F(Refusal, OfOneFileOfManyLeavesTheOthersRendered) {
   writeBytes("bad.wav", "nothing");
   write("more.wav", {48000, {noise(100)}});
