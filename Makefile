@@ -1,7 +1,7 @@
 # Two commands do everything on a fresh Debian 12: `make demo` and `make test`.
 # They install what packages.txt lists and this machine lacks, build in build/, and run.
 
-.PHONY: all build lv2 install demo test check-lv2 sanitize tsan bench audition docs lint clean
+.PHONY: all build lv2 install demo test check-lv2 sanitize tsan soak bench audition docs lint clean
 
 all: build
 
@@ -48,6 +48,12 @@ tsan:
 	@cmake --preset tsan --log-level=WARNING
 	@cmake --build build-tsan --target threaded_tests
 	@ctest --test-dir build-tsan --output-on-failure --no-tests=error -L threads
+
+# Ten live strips under everything that people and hosts do, for so many seconds. make soak SECONDS=3600 SEED=7
+SECONDS = 300
+SEED = 1
+soak: build
+	@build/tests/soak/corvane_soak --seconds $(SECONDS) --seed $(SEED)
 
 # Nanoseconds per sample of every variant, beside one plain biquad.
 bench: build

@@ -25,27 +25,30 @@ static void note() {
 
 }  // namespace corvane::rig
 
-// The linker sends the calls of our own code here first; the real ones stand behind.
+// The linker sends the calls of our own code here first; the real ones stand behind. The variant for loaded
+// libraries has the plain names instead, see CMakeLists.txt.
 extern "C" {
-void* __real_malloc(std::size_t);
-void* __real_calloc(std::size_t, std::size_t);
-void* __real_realloc(void*, std::size_t);
-void __real_free(void*);
-int __real_pthread_mutex_lock(pthread_mutex_t*);
-int __real_pthread_rwlock_rdlock(pthread_rwlock_t*);
-int __real_pthread_rwlock_wrlock(pthread_rwlock_t*);
+void* __real_malloc(std::size_t) noexcept;
+void* __real_calloc(std::size_t, std::size_t) noexcept;
+void* __real_realloc(void*, std::size_t) noexcept;
+void __real_free(void*) noexcept;
+int __real_pthread_mutex_lock(pthread_mutex_t*) noexcept;
+int __real_pthread_rwlock_rdlock(pthread_rwlock_t*) noexcept;
+int __real_pthread_rwlock_wrlock(pthread_rwlock_t*) noexcept;
 
-void* __wrap_malloc(std::size_t n) { return corvane::rig::note(), __real_malloc(n); }
-void* __wrap_calloc(std::size_t n, std::size_t m) { return corvane::rig::note(), __real_calloc(n, m); }
-void* __wrap_realloc(void* p, std::size_t n) { return corvane::rig::note(), __real_realloc(p, n); }
-void __wrap_free(void* p) { corvane::rig::note(), __real_free(p); }
-int __wrap_pthread_mutex_lock(pthread_mutex_t* m) {
+void* __wrap_malloc(std::size_t n) noexcept { return corvane::rig::note(), __real_malloc(n); }
+void* __wrap_calloc(std::size_t n, std::size_t m) noexcept {
+  return corvane::rig::note(), __real_calloc(n, m);
+}
+void* __wrap_realloc(void* p, std::size_t n) noexcept { return corvane::rig::note(), __real_realloc(p, n); }
+void __wrap_free(void* p) noexcept { corvane::rig::note(), __real_free(p); }
+int __wrap_pthread_mutex_lock(pthread_mutex_t* m) noexcept {
   return corvane::rig::note(), __real_pthread_mutex_lock(m);
 }
-int __wrap_pthread_rwlock_rdlock(pthread_rwlock_t* m) {
+int __wrap_pthread_rwlock_rdlock(pthread_rwlock_t* m) noexcept {
   return corvane::rig::note(), __real_pthread_rwlock_rdlock(m);
 }
-int __wrap_pthread_rwlock_wrlock(pthread_rwlock_t* m) {
+int __wrap_pthread_rwlock_wrlock(pthread_rwlock_t* m) noexcept {
   return corvane::rig::note(), __real_pthread_rwlock_wrlock(m);
 }
 }
