@@ -17,4 +17,11 @@ inline CLI::Validator within(double low, double high) {
       "");
 }
 
+/// An option that takes a number of a range, with a decimal point in every locale.
+inline CLI::Option* addNumber(CLI::App& command, const std::string& name, double& target, double low,
+                              double high, const std::string& help) {
+  const auto take = [&target](const std::string& text) { target = numberOf(text).value_or(target); };
+  return command.add_option_function<std::string>(name, take, help)->check(within(low, high));
+}
+
 }  // namespace corvane::cli

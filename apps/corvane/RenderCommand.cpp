@@ -369,9 +369,9 @@ void addRenderCommand(CLI::App& app, RenderOptions& o) {
       ->type_name("FROM[:TO]")
       ->expected(1)
       ->take_all();
-  render->add_option("--tail", o.tailSeconds, "Silence behind the end, so that releases close (0)")
-      ->type_name("SECONDS")
-      ->check(within(0, kLongestTailSeconds));
+  addNumber(*render, "--tail", o.tailSeconds, 0, kLongestTailSeconds,
+            "Silence behind the end, so that releases close (0)")
+      ->type_name("SECONDS");
   render->add_option("--format", o.format, "float, pcm16, pcm24 (WAV) or flac (float)")->type_name("FORMAT");
   render->add_option("--meters", o.meters, "Writes every meter after the last block")->type_name("FILE.json");
   render->add_option("--meter-log", o.meterLog, "Writes levels and reductions of every block")

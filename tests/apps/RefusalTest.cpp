@@ -26,6 +26,23 @@ TEST_F(Refusal, OfAWordThatIsNoCommandNamesTheCommands) {
       << answer.err;
 }
 
+TEST_F(Refusal, SendsToAHelpThatShowsHowItIsDone) {
+  const Answer answer = run({"frobnicate"});
+  const std::string names = answer.err.substr(answer.err.find("there are ") + 10);
+  std::istringstream list(names);
+  int commands = 0;
+  for (std::string name; std::getline(list >> std::ws, name, ',');) {
+    name = name.substr(0, name.find('\n'));
+    const Answer help = run({name, "--help"});
+    EXPECT_EQ(help.code, 0) << name;
+    const auto examples = help.out.find("Examples:\n");
+    EXPECT_NE(examples, std::string::npos) << name;
+    EXPECT_NE(help.out.find("corvane " + name, examples), std::string::npos) << name;
+    ++commands;
+  }
+  EXPECT_GE(commands, 7);
+}
+
 TEST_F(Refusal, OfAnArgumentNamesItAndTheWayOut) {
   expectRefused({"--set", "Lim:Ceilling=-20"}, 2,
                 "--set Lim:Ceilling=-20: no parameter \"Lim:Ceilling\"; nearest: Lim:Ceiling");

@@ -53,10 +53,9 @@ void addSessionCommand(CLI::App& app, SessionOptions& o) {
   command->add_option("SCRIPT", o.script, "File with commands, - for what comes in");
   command->add_option("--input", o.input, "Audio for `run`: its first channel, at its rate")
       ->type_name("FILE");
-  command->add_option("--rate", o.rateHz, "Sample rate in Hz without --input")
+  addNumber(*command, "--rate", o.rateHz, kLowestRateHz, kHighestRateHz, "Sample rate in Hz without --input")
       ->type_name("HZ")
-      ->capture_default_str()
-      ->check(within(kLowestRateHz, kHighestRateHz));
+      ->default_str(shortest(o.rateHz));
   command->add_option("--block", o.blockFrames, "Frames of a block")
       ->type_name("N")
       ->capture_default_str()
