@@ -10,6 +10,7 @@
 #include "corvane/Failure.h"
 #include "corvane/Interrupt.h"
 #include "corvane/ParamsCommand.h"
+#include "corvane/PlotCommand.h"
 #include "corvane/PresetsCommand.h"
 #include "corvane/RenderCommand.h"
 #include "corvane/Words.h"
@@ -19,6 +20,14 @@ namespace corvane::cli {
 
 namespace {
 
+/// The commands on the line, each below the one before: `plot`, `response`.
+std::vector<const CLI::App*> chosenCommands(const CLI::App& app) {
+  std::vector<const CLI::App*> chain;
+  const CLI::App* last = &app;
+  while (!last->get_subcommands().empty()) chain.push_back(last = last->get_subcommands().front());
+  return chain;
+}
+
 /// CLI11 speaks in sentences over several lines; ours is one line in lower case and names the way to the
 /// help.
 std::string usageText(const CLI::ParseError& error, const CLI::App& app) {
@@ -26,7 +35,7 @@ std::string usageText(const CLI::ParseError& error, const CLI::App& app) {
   if (const auto lineEnd = text.find('\n'); lineEnd != text.npos) text.resize(lineEnd);
   if (text.size() > 1 && !(text[1] >= 'A' && text[1] <= 'Z')) text.front() = lowerCase(text).front();
   std::string command = "corvane";
-  for (const CLI::App* chosen : app.get_subcommands()) command += " " + chosen->get_name();
+  for (const CLI::App* chosen : chosenCommands(app)) command += " " + chosen->get_name();
   return fmt::format("{}; see `{} --help`", text, command);
 }
 
@@ -58,6 +67,7 @@ int runCommandLine(int argc, const char* const* argv, Console& console) {
   ShowOptions show;
   DescribeOptions describe;
   DemoOptions demo;
+  PlotOptions plot;
   SessionOptions session;
   addRenderCommand(app, render);
   addParamsCommand(app, params);
@@ -65,6 +75,7 @@ int runCommandLine(int argc, const char* const* argv, Console& console) {
   addShowCommand(app, show);
   addDescribeCommand(app, describe);
   addSessionCommand(app, session);
+  addPlotCommand(app, plot);
   addDemoCommand(app, demo);
   if (isUnknownCommand(app, argc, argv)) {
     console.error(
@@ -77,8 +88,10 @@ int runCommandLine(int argc, const char* const* argv, Console& console) {
     console.print("corvane {}\n", CORVANE_VERSION);
     return kDone;
   } catch (const CLI::Success&) {  // a call for help
-    const auto chosen = app.get_subcommands();
-    console.print("{}", chosen.empty() ? app.help() : chosen.front()->help("corvane"));
+    const auto chosen = chosenCommands(app);
+    std::string above = "corvane";
+    for (std::size_t k = 0; k + 1 < chosen.size(); ++k) above += " " + chosen[k]->get_name();
+    console.print("{}", chosen.empty() ? app.help() : chosen.back()->help(above));
     return kDone;
   } catch (const CLI::ParseError& error) {
     console.error(usageText(error, app));
@@ -90,6 +103,7 @@ int runCommandLine(int argc, const char* const* argv, Console& console) {
     if (app.got_subcommand("show")) return runShow(show, console);
     if (app.got_subcommand("describe")) return runDescribe(describe, console);
     if (app.got_subcommand("session")) return runSession(session, console);
+    if (app.got_subcommand("plot")) return runPlot(plot, console);
     if (app.got_subcommand("demo")) return runDemo(demo, console);
     return runParams(params, console);
   } catch (const Failure& failure) {

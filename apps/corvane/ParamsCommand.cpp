@@ -9,7 +9,7 @@
 #include "corvane/ParameterNames.h"
 #include "corvane/ParameterReference.h"
 #include "corvane/ParameterWords.h"
-#include "corvane/RenderCommand.h"
+#include "corvane/StartOptions.h"
 #include "corvane/Words.h"
 
 namespace corvane::cli {

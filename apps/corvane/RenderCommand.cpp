@@ -14,7 +14,6 @@
 #include "corvane/MeterFiles.h"
 #include "corvane/NumberRange.h"
 #include "corvane/ParameterNames.h"
-#include "corvane/ParameterWords.h"
 #include "corvane/Presets.h"
 #include "corvane/Progress.h"
 #include "corvane/Render.h"
@@ -39,27 +38,6 @@ struct Job {
   nlohmann::ordered_json meters{};
 };
 
-struct Assignment {
-  std::string_view name, text;
-};
-
-Assignment splitAssignment(const std::string& argument, const char* form) {
-  const auto equals = argument.find('=');
-  if (equals == argument.npos || equals == 0) refuse("must be {}", form);
-  const std::string_view whole = argument;
-  return {trimmed(whole.substr(0, equals)), trimmed(whole.substr(equals + 1))};
-}
-
-/// Runs `apply` and puts the argument in front of what it refuses.
-template <typename Apply>
-void withArgument(const char* option, const std::string& argument, Apply apply) {
-  try {
-    apply();
-  } catch (const Failure& failure) {
-    throw Failure(failure.exitCode, fmt::format("{} {}: {}", option, argument, failure.what()));
-  }
-}
-
 BypassSpan bypassFrom(const std::string& argument) {
   const auto colon = argument.find(':');
   const std::string_view whole = argument;
@@ -69,20 +47,6 @@ BypassSpan bypassFrom(const std::string& argument) {
   if (!from || *from < 0.0 || to <= *from)
     refuse("--bypass {}: must be FROM or FROM:TO in seconds, FROM 0 or more and TO later", argument);
   return {*from, to};
-}
-
-/// The strip as it stands before the first sample.
-StripRunner startFrom(const RenderOptions& options) {
-  StripRunner strip;  // a file tells its own rate
-  if (!options.preset.empty())
-    withArgument("--preset", options.preset, [&] {
-      const LoadedPreset preset = loadPreset(options.preset);
-      strip.load(preset.setting, preset.listed.name);
-    });
-  if (!options.state.empty())
-    withArgument("--state", options.state, [&] { strip.restore(readState(options.state)); });
-  applyArguments(strip, options.sets, options.raws);
-  return strip;
 }
 
 RenderPlan planFrom(const RenderOptions& options, const Setting& setting) {
@@ -111,7 +75,8 @@ PicturePlan pictureFrom(const RenderOptions& options) {
   if (options.picture.empty()) return plan;
   plot::isVectorName(options.picture);
   plan.title = options.pictureTitle;
-  if (plan.title.empty() && !options.preset.empty()) plan.title = loadPreset(options.preset).listed.name;
+  if (plan.title.empty() && !options.start.preset.empty())
+    plan.title = loadPreset(options.start.preset).listed.name;
   if (!options.pictureSize.empty())
     withArgument("--picture-size", options.pictureSize,
                  [&] { plan.size = plot::pictureSizeFrom(options.pictureSize); });
@@ -257,7 +222,7 @@ class Batch {
           fmt::format("{}{}, {} Hz", picture.title.empty() ? "" : name + ", ",
                       job.report.channels == 1 ? "mono" : fmt::format("{} channels", job.report.channels),
                       job.report.rateHz);
-      const plot::LevelsCaption caption{picture.title.empty() ? name : picture.title, details};
+      const plot::Caption caption{picture.title.empty() ? name : picture.title, details};
       plot::drawLevels(*trace, job.report, caption, options.picture, picture.size);
     }
     if (!options.meters.empty()) job.meters = meterReadings(render.strips());
@@ -309,49 +274,13 @@ void makeFolder(const fs::path& folder) {
     fail("cannot make the folder {}: {}", printable(folder), error.message());
 }
 
-void applyArguments(StripRunner& strip, const std::vector<std::string>& sets,
-                    const std::vector<std::string>& raws) {
-  for (const auto& argument : sets)
-    withArgument("--set", argument, [&] {
-      const auto [name, text] = splitAssignment(argument, "NAME=TEXT");
-      const Setting setting = strip.setting();  // what stands in an insert decides on its words
-      const int id = parameterFromName(name, setting);
-      strip.edit(id, valueFromWords(id, text, setting));
-    });
-  if (raws.empty()) return;
-  Setting setting = strip.setting();
-  for (const auto& argument : raws)
-    withArgument("--raw", argument, [&] {
-      const auto [name, text] = splitAssignment(argument, "NAME=VALUE");
-      const int id = parameterFromName(name, setting);
-      const auto value = numberOf(text);
-      if (!value) refuse("\"{}\" is not a number", text);
-      if (*value < 0.0 || *value > 1.0) refuse("outside 0 to 1");
-      setting.store(id, *value);
-    });
-  strip.load(setting);
-}
-
 void addRenderCommand(CLI::App& app, RenderOptions& o) {
   CLI::App* render = app.add_subcommand("render", "Renders audio files through the strip");
   render->add_option("IN", o.inputs, "Audio files, any that libsndfile reads")->required();
   render->add_option("-o,--output", o.output, "File to write")->type_name("OUT");
   render->add_option("--out-dir", o.outputFolder, "Folder to write to, under the names of the inputs")
       ->type_name("DIR");
-  CLI::Option* preset = render
-                            ->add_option("--preset", o.preset,
-                                         "Starts from a preset: a name, an index of the factory bank, a file")
-                            ->type_name("PRESET");
-  render->add_option("--state", o.state, "Starts from a stored state")->type_name("FILE")->excludes(preset);
-  render
-      ->add_option("--set", o.sets, "A person's edit, as often as wanted: Comp:Threshold=-20, EQ:HI Freq=2k5")
-      ->type_name("NAME=TEXT")
-      ->expected(1)
-      ->take_all();
-  render->add_option("--raw", o.raws, "A bare normalised value 0..1, after all --set, no rule applied")
-      ->type_name("NAME=VALUE")
-      ->expected(1)
-      ->take_all();
+  addStartOptions(*render, o.start);
   render
       ->add_option("--automation", o.automation,
                    "CSV rows seconds,name-or-id,normalised; a change lands on the first block boundary at or "
@@ -398,7 +327,7 @@ void addRenderCommand(CLI::App& app, RenderOptions& o) {
 }
 
 int runRender(const RenderOptions& options, Console& console) {
-  StripRunner start = startFrom(options);
+  StripRunner start = startFrom(options.start);
   const Setting setting = start.setting();
   const RenderPlan plan = planFrom(options, setting);
   const PicturePlan picture = pictureFrom(options);

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "corvane/Console.h"
-#include "corvane/StripRunner.h"
+#include "corvane/StartOptions.h"
 
 namespace CLI {
 class App;
@@ -17,8 +17,8 @@ namespace corvane::cli {
 struct RenderOptions {
   std::vector<std::string> inputs;
   std::string output, outputFolder;
-  std::string preset, state, savePreset, saveState;
-  std::vector<std::string> sets, raws;
+  StartOptions start;
+  std::string savePreset, saveState;
   std::string automation, key, format = "float", meters, meterLog;
   std::string picture, pictureTitle, pictureSize;
   std::vector<std::string> bypasses;
@@ -34,9 +34,5 @@ int runRender(const RenderOptions& options, Console& console);
 
 /// Makes a folder for output and what is missing above it. Throws Failure.
 void makeFolder(const std::filesystem::path& folder);
-
-/// Does to the strip what a list of `--set` and then of `--raw` arguments says. Throws Failure.
-void applyArguments(StripRunner& strip, const std::vector<std::string>& sets,
-                    const std::vector<std::string>& raws);
 
 }  // namespace corvane::cli

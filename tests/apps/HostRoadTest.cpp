@@ -1,4 +1,4 @@
-#include "corvane/RenderCommand.h"
+#include "corvane/StartOptions.h"
 #include "tests/apps/CommandRig.h"
 #include "tests/rig/DirectStrip.h"
 

@@ -24,6 +24,7 @@ constexpr Colour rgb(std::uint32_t hex, double alpha = 1.0) {
 inline constexpr Colour kGround = rgb(0x14171c);
 inline constexpr Colour kPanel = rgb(0x1b1f26);
 inline constexpr Colour kGrid = rgb(0x2c323c);
+inline constexpr Colour kFaintGrid = rgb(0x232831);
 inline constexpr Colour kAxis = rgb(0x4a5361);
 inline constexpr Colour kText = rgb(0xe8ebf0);
 inline constexpr Colour kQuietText = rgb(0x97a1b0);

@@ -10,7 +10,7 @@
 #include "core/ParameterBank.h"
 #include "corvane/MeterFiles.h"
 #include "corvane/Words.h"
-#include "corvane/plot/Canvas.h"
+#include "corvane/plot/Sheet.h"
 
 namespace corvane::plot {
 
@@ -19,35 +19,11 @@ namespace {
 constexpr std::int64_t kBinFrames = 16;  // a third of a millisecond: finer than a column of the picture
 
 // Points.
-constexpr double kMargin = 28.0;
-constexpr double kTitleSize = 19.0, kSubtitleSize = 11.5, kLabelSize = 10.0, kPanelTitleSize = 11.5;
-constexpr double kAxisRoom = 44.0, kFigureRoom = 118.0;  // left and right of the curves
-constexpr double kPanelsTop = 84.0, kBelowPanels = 46.0, kPanelGap = 14.0;
-constexpr double kCurvePadding = 8.0;
-constexpr double kReductionShare = 0.3;  // of the height of the panels
+constexpr double kPanelGap = 14.0, kFigureRoom = 118.0;
+constexpr std::array kShares{0.35, 0.35, 0.3};  // input, output, reduction
 constexpr double kGhostAlpha = 0.6;
 
 constexpr double kSmallestReductionSpanDb = 6.0;
-
-/// One panel with its curve area.
-struct Frame {
-  Box panel, curve;
-};
-
-Frame frameAt(double top, double height) {
-  const Box panel{kMargin, top, kWidthPoints - 2.0 * kMargin, height};
-  return {panel,
-          {panel.left + kAxisRoom, panel.top + kCurvePadding, panel.width - kAxisRoom - kFigureRoom,
-           panel.height - 2.0 * kCurvePadding}};
-}
-
-/// Steps of 1, 2 or 5 that cut `span` into at most `most` parts.
-double roundStep(double span, int most) {
-  const double rough = span / most, decade = std::pow(10.0, std::floor(std::log10(rough)));
-  for (const double factor : {1.0, 2.0, 5.0})
-    if (decade * factor >= rough) return decade * factor;
-  return decade * 10.0;
-}
 
 std::string timeText(double seconds, double step) {
   if (step >= 60.0 || seconds >= 600.0)
@@ -55,21 +31,13 @@ std::string timeText(double seconds, double step) {
   return fmt::format("{:.{}f}", seconds, step >= 1.0 ? 0 : step >= 0.1 ? 1 : 2);
 }
 
-/// A minus as wide as a digit in place of the hyphen.
-std::string withMinus(const std::string& number) {
-  return number.starts_with('-') ? "\u2212" + number.substr(1) : number;
-}
-
 class LevelsDrawing {
  public:
-  LevelsDrawing(const LevelTrace& levelTrace, const cli::RenderReport& renderReport,
+  LevelsDrawing(const LevelTrace& levelTrace, const cli::RenderReport& renderReport, const Caption& caption,
                 std::optional<PictureSize> size, bool vector)
-      : trace(levelTrace), report(renderReport), canvas(size, vector) {
-    const double room = canvas.height() - kBelowPanels - kPanelsTop - 2.0 * kPanelGap;
-    const double reductionHeight = room * kReductionShare, waveHeight = (room - reductionHeight) / 2.0;
-    input = frameAt(kPanelsTop, waveHeight);
-    output = frameAt(input.panel.bottom() + kPanelGap, waveHeight);
-    reduction = frameAt(output.panel.bottom() + kPanelGap, reductionHeight);
+      : trace(levelTrace),
+        report(renderReport),
+        sheet(caption, size, vector, kShares, kPanelGap, kFigureRoom) {
     const auto columns = static_cast<std::size_t>(input.curve.width * 2.0);
     for (std::size_t k = 0; k < columns; ++k)
       bins.push_back(trace.between(static_cast<double>(k) / static_cast<double>(columns),
@@ -81,10 +49,7 @@ class LevelsDrawing {
     }
   }
 
-  void draw(const LevelsCaption& caption) {
-    canvas.text(caption.title, kMargin, kMargin + 16.0, kTitleSize, kText, Align::left, true);
-    canvas.text(caption.subtitle, kMargin, kMargin + 37.0, kSubtitleSize, kQuietText);
-    for (const Frame* frame : {&input, &output, &reduction}) canvas.fillRounded(frame->panel, 5.0, kPanel);
+  void draw() {
     timeAxis();
     waveAxis(input), waveAxis(output);
     wave(input, &LevelTrace::Bin::inputLow, &LevelTrace::Bin::inputHigh, kInput);
@@ -96,8 +61,9 @@ class LevelsDrawing {
     levelFigures(output, "Output", kOutput, report.output);
     canvas.text("grey: the input", output.curve.right() + 16.0, output.curve.bottom(), kLabelSize,
                 kQuietText);
-    figures(reduction, "Reduction", kReduction,
-            {{"largest", fmt::format("{:.1f} dB", cli::reductionDb(report.largestReduction))}});
+    sheet.figures(
+        reduction, 0.0, "Reduction", kReduction,
+        std::array{Figure{"largest", fmt::format("{:.1f} dB", cli::reductionDb(report.largestReduction))}});
   }
 
   Canvas& picture() { return canvas; }
@@ -110,7 +76,7 @@ class LevelsDrawing {
 
   void timeAxis() {
     const double seconds = trace.seconds();
-    const double baseline = reduction.panel.bottom() + 16.0;
+    const double baseline = reduction.whole.bottom() + 16.0;
     if (seconds <= 0.0) {
       canvas.text("no samples", input.curve.left + input.curve.width / 2.0, baseline, kLabelSize, kQuietText,
                   Align::centre);
@@ -119,7 +85,7 @@ class LevelsDrawing {
     const double step = roundStep(seconds, 12);
     for (int k = 0; k * step <= seconds * (1.0 + 1e-9); ++k) {
       const double x = input.curve.left + input.curve.width * k * step / seconds;
-      for (const Frame* frame : {&input, &output, &reduction})
+      for (const Panel* frame : {&input, &output, &reduction})
         canvas.line(x, frame->curve.top, x, frame->curve.bottom(), kGrid, 0.7);
       canvas.text(timeText(k * step, step), x, baseline, kLabelSize, kQuietText, Align::centre);
     }
@@ -127,7 +93,7 @@ class LevelsDrawing {
                 kQuietText);
   }
 
-  double yOfSample(const Frame& frame, double sample) const {
+  double yOfSample(const Panel& frame, double sample) const {
     return frame.curve.top + frame.curve.height * (0.5 - 0.5 * sample / span());
   }
   /// Linear amplitude at the edge of a panel: the peak with a little air, or a line of the scale near it.
@@ -137,7 +103,7 @@ class LevelsDrawing {
     return line < tight * 1.2 ? line * 1.03 : tight;
   }
 
-  void waveAxis(const Frame& frame) {
+  void waveAxis(const Panel& frame) {
     const int topDb = static_cast<int>(std::floor(20.0 * std::log10(span()) / 6.0)) * 6;
     for (const int db : {topDb, topDb - 6, topDb - 12}) {
       const double level = std::pow(10.0, db / 20.0);
@@ -154,7 +120,7 @@ class LevelsDrawing {
     canvas.text("dBFS", frame.curve.left - 8.0, middle + 3.5, kLabelSize, kQuietText, Align::right);
   }
 
-  void wave(const Frame& frame, float LevelTrace::Bin::*low, float LevelTrace::Bin::*high, Colour colour) {
+  void wave(const Panel& frame, float LevelTrace::Bin::*low, float LevelTrace::Bin::*high, Colour colour) {
     cairo_t* c = canvas.context();
     constexpr double kThinnest = 0.35;  // silence still shows as a line
     cairo_new_path(c);
@@ -197,29 +163,17 @@ class LevelsDrawing {
     cairo_stroke(c);
   }
 
-  using Figure = std::pair<const char*, std::string>;
-
-  void levelFigures(const Frame& frame, const char* title, Colour colour, const cli::LevelSum& level) {
-    figures(frame, title, colour,
-            {{"peak", cli::decibels(level.peak, 1) + " dB"}, {"RMS", cli::decibels(level.rms(), 1) + " dB"}});
-  }
-
-  void figures(const Frame& frame, const char* title, Colour colour, const std::vector<Figure>& rows) {
-    const double left = frame.curve.right() + 16.0, right = frame.panel.right() - 14.0;
-    double y = frame.panel.top + 24.0;
-    canvas.fill({left, y - 9.0, 3.0, 11.0}, colour);
-    canvas.text(title, left + 9.0, y, kPanelTitleSize, kText, Align::left, true);
-    for (const auto& [name, value] : rows) {
-      y += 19.0;
-      canvas.text(name, left, y, kLabelSize, kQuietText);
-      canvas.text(withMinus(value), right, y, kLabelSize, kText, Align::right);
-    }
+  void levelFigures(const Panel& panel, const char* title, Colour colour, const cli::LevelSum& level) {
+    sheet.figures(panel, 0.0, title, colour,
+                  std::array{Figure{"peak", cli::decibels(level.peak, 1) + " dB"},
+                             Figure{"RMS", cli::decibels(level.rms(), 1) + " dB"}});
   }
 
   const LevelTrace& trace;
   const cli::RenderReport& report;
-  Canvas canvas;
-  Frame input, output, reduction;
+  Sheet sheet;
+  Canvas& canvas = sheet.canvas;
+  const Panel &input = sheet.panel(0), &output = sheet.panel(1), &reduction = sheet.panel(2);
   std::vector<LevelTrace::Bin> bins;  ///< a column each
   double amplitude = 0.0, deepestDb = 0.0;
 };
@@ -256,10 +210,10 @@ LevelTrace::Bin LevelTrace::between(double from, double to) const {
   return whole;
 }
 
-void drawLevels(const LevelTrace& trace, const cli::RenderReport& report, const LevelsCaption& caption,
+void drawLevels(const LevelTrace& trace, const cli::RenderReport& report, const Caption& caption,
                 const std::filesystem::path& path, std::optional<PictureSize> size) {
-  LevelsDrawing drawing(trace, report, size, isVectorName(path));
-  drawing.draw(caption);
+  LevelsDrawing drawing(trace, report, caption, size, isVectorName(path));
+  drawing.draw();
   drawing.picture().write(path);
 }
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "corvane/Render.h"
-#include "corvane/plot/Canvas.h"
+#include "corvane/plot/Sheet.h"
 
 namespace corvane::plot {
 
@@ -31,13 +31,8 @@ class LevelTrace {
   int rateHz = 0;
 };
 
-/// Words beside the curves.
-struct LevelsCaption {
-  std::string title, subtitle;
-};
-
 /// Draws waveform in, waveform out and gain reduction over time. Throws Failure.
-void drawLevels(const LevelTrace& trace, const cli::RenderReport& report, const LevelsCaption& caption,
+void drawLevels(const LevelTrace& trace, const cli::RenderReport& report, const Caption& caption,
                 const std::filesystem::path& path, std::optional<PictureSize> size = {});
 
 }  // namespace corvane::plot
