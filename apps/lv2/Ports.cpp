@@ -77,13 +77,9 @@ void makeHead(ControlPort& port, int offset) {
 
 void makeOwn(ControlPort& port, const ModuleFamily& family, const Row& row) {
   port.scale = scaleOf(family, row);
-  port.unit = measureOf(row);
   if (port.scale.form == Scale::Form::choice) {
     if (port.scale.choices.size() == 2 && readsAsOff(port.scale.choices.front().name))
       port.scale = toggleScale(row.defaultValue);
-    for (Choice& choice : port.scale.choices)
-      if (!port.unit.empty()) choice.name += " " + port.unit;
-    port.unit.clear();
     return;
   }
   for (const auto& [p, value] : {std::pair{0.0, port.scale.lowest}, {1.0, port.scale.highest}}) {
@@ -93,7 +89,6 @@ void makeOwn(ControlPort& port, const ModuleFamily& family, const Row& row) {
     readNumber(shown, &end);
     if (end == shown) port.stops.push_back({static_cast<int>(value), p, shown});
   }
-  if (port.unit.empty() && port.scale.form == Scale::Form::decibels) port.unit = "dB";
   const bool ownLaw = row.taper.curve != Taper::Curve::linear && port.scale.form == Scale::Form::plain;
   port.logarithmic = ownLaw && port.scale.lowest > 0.0f &&
                      static_cast<double>(port.scale.highest / port.scale.lowest) > kMuchSpan;

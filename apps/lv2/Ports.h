@@ -32,7 +32,6 @@ struct ControlPort {
   int place = kNoPlace;
   Scale scale{};
   bool logarithmic = false;
-  std::string unit{};           ///< as people write it; empty for none
   std::vector<Choice> stops{};  ///< ends of the range that displays name by a word: "Off", "-oo"
 };
 

@@ -30,6 +30,7 @@ struct Special {
   double factor;
   double lowest, highest;  ///< stops
   double lawFrom, lawTo;
+  const char* unit;
 };
 
 constexpr double kStraightTop = 100.0;       // a ratio of 100:1 reads and acts as a limiter
@@ -37,16 +38,17 @@ constexpr double kStraightBottomDb = -80.0;  // a floor below -60 dB reads as si
 
 // clang-format off
 const Special kSpecials[] = {
-    {ModuleKind::preamp,     preamp::kDrive,      Scale::Form::decibels, std::pow(10.0, 1.5), -30.0,             30.0,         -30.0,  30.0},
-    {ModuleKind::preamp,     preamp::kNoiseLevel, Scale::Form::decibels, 1e6,                 -120.0,            -60.0,        -120.0, -60.0},
-    {ModuleKind::gate,       gate::kHold,         Scale::Form::plain,    1000.0,              0.0,               400.0,        0.0,    400.0},
-    {ModuleKind::gate,       gate::kRange,        Scale::Form::decibels, 1.0,                 kStraightBottomDb, 0.0,          gate::kSilentRangeDb, 0.0},
-    {ModuleKind::compressor, compressor::kRatio,  Scale::Form::plain,    1.0,                 1.0,               kStraightTop, 1.0,    compressor::kHighestRatio},
-    {ModuleKind::master,     master::kGain,       Scale::Form::decibels, 1.0,                 -100.0,            10.0,         -100.0, 10.0},
+    {ModuleKind::preamp,     preamp::kDrive,      Scale::Form::decibels, std::pow(10.0, 1.5), -30.0,             30.0,         -30.0,  30.0, "dB"},
+    {ModuleKind::preamp,     preamp::kNoiseLevel, Scale::Form::decibels, 1e6,                 -120.0,            -60.0,        -120.0, -60.0, "dB"},
+    {ModuleKind::gate,       gate::kHold,         Scale::Form::plain,    1000.0,              0.0,               400.0,        0.0,    400.0, "ms"},
+    {ModuleKind::gate,       gate::kRange,        Scale::Form::decibels, 1.0,                 kStraightBottomDb, 0.0,          gate::kSilentRangeDb, 0.0, "dB"},
+    {ModuleKind::compressor, compressor::kRatio,  Scale::Form::plain,    1.0,                 1.0,               kStraightTop, 1.0,    compressor::kHighestRatio, ":1"},
+    {ModuleKind::master,     master::kGain,       Scale::Form::decibels, 1.0,                 -100.0,            10.0,         -100.0, 10.0, "dB"},
 };
 // clang-format on
 
 Scale steppedScale(const ModuleFamily& family, const Row& row) {
+  const std::string measure(measureOf(row));
   std::vector<Choice> choices;
   const int last = static_cast<int>(row.taper.span);
   for (int state = 0; state <= last; ++state) {
@@ -54,7 +56,7 @@ Scale steppedScale(const ModuleFamily& family, const Row& row) {
     char name[kTextBytes];
     valueText(family, row.offset, p, name);
     if (std::string_view(name) == "undef") break;  // room for states to come
-    choices.push_back({state, p, name});
+    choices.push_back({state, p, measure.empty() ? name : name + (" " + measure)});
   }
   return choiceScale(std::move(choices), row.defaultValue);
 }
@@ -154,6 +156,7 @@ Scale scaleOf(const ModuleFamily& family, const Row& row) {
   if (special == std::end(kSpecials)) {
     scale.lowest = static_cast<float>(row.taper.physical(0.0));
     scale.highest = static_cast<float>(row.taper.physical(1.0));
+    scale.unit = measureOf(row);
   } else {
     scale.form = special->form;
     scale.factor = special->factor;
@@ -161,6 +164,7 @@ Scale scaleOf(const ModuleFamily& family, const Row& row) {
     scale.highest = static_cast<float>(special->highest);
     scale.lawFrom = special->lawFrom;
     scale.lawTo = special->lawTo;
+    scale.unit = special->unit;
     if (special->lawFrom > special->lowest) scale.pFrom = scale.lawNormalised(special->lawFrom);
     if (special->lawTo < special->highest) scale.pTo = scale.lawNormalised(special->lawTo);
   }

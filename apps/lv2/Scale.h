@@ -35,6 +35,7 @@ struct Scale {
   /// The law holds between these; outside, a straight line leads to the stop.
   double lawFrom = -HUGE_VAL, lawTo = HUGE_VAL;
   double pFrom = 0.0, pTo = 1.0;  ///< normalised values at their ends
+  std::string unit{};             ///< as people write it; empty for none
   std::vector<Choice> choices{};  ///< in rising order of value and of p
 
   /// 0..1 for any float. Not a number stands for the default, what lies outside for the nearer stop, a

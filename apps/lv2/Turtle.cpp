@@ -96,7 +96,7 @@ std::string unitOf(std::string_view unit) {
   if (unit == "ms") return "units:ms";
   if (unit == "%") return "units:pc";
   return fmt::format("[ a units:Unit ; rdfs:label {0} ; units:symbol {0} ; units:render {1} ]", quoted(unit),
-                     quoted(fmt::format("%f {}", unit)));
+                     quoted(fmt::format("%f{}", unit)));
 }
 
 void addAudioPort(std::string& text, const char* direction, std::uint32_t index, const char* symbol,
@@ -124,7 +124,7 @@ void addControl(std::string& text, const ControlPort& port, std::uint32_t index)
   addRange(text, port.scale.standard, port.scale.lowest, port.scale.highest);
   if (port.id == kEnabledId) text += " ;\n\t\tlv2:designation lv2:enabled";
   if (port.place != kNoPlace) add(text, " ;\n\t\tpg:group {}", placeGroup(port.place));
-  if (!port.unit.empty()) add(text, " ;\n\t\tunits:unit {}", unitOf(port.unit));
+  if (!port.scale.unit.empty()) add(text, " ;\n\t\tunits:unit {}", unitOf(port.scale.unit));
   const bool isChoice = port.scale.form == Scale::Form::choice;
   if (port.scale.form == Scale::Form::toggle) text += " ;\n\t\tlv2:portProperty lv2:toggled";
   if (isChoice) text += " ;\n\t\tlv2:portProperty lv2:integer , lv2:enumeration";
