@@ -13,9 +13,11 @@ using Pair = double __attribute__((vector_size(16)));
 using PairMask = std::int64_t __attribute__((vector_size(16)));
 
 inline double absolute(double v) { return std::abs(v); }
-inline Pair absolute(Pair v) {
+/// Of a Pair or a Quad.
+template <typename V>
+requires(sizeof(V) > sizeof(double)) inline V absolute(V v) {
   constexpr std::int64_t kWithoutSign = 0x7fffffffffffffff;
-  return reinterpret_cast<Pair>(reinterpret_cast<PairMask>(v) & PairMask{kWithoutSign, kWithoutSign});
+  return reinterpret_cast<V>(reinterpret_cast<decltype(v < v)>(v) & kWithoutSign);
 }
 
 /// The same value in both lanes.

@@ -5,7 +5,7 @@
 #include <iterator>
 
 #include "core/dsp/FastMath.h"
-#include "modules/eq/EqSectionPair.h"
+#include "modules/eq/EqSections.h"
 
 namespace corvane::eq {
 
@@ -122,13 +122,15 @@ template <bool kAnalog, FlushForm kFlush, typename Take>
 bool bellformSettled(EqSection (&bellform)[kBands], const double* input, int frames, const BlockGains& gains,
                      Take take) {
   constexpr Character kCharacter = kAnalog ? Character::withinRecursion : Character::none;
-  const auto section = [&](int k) -> EqSection& { return bellform[kSeriesOrder[k]]; };
+  const auto section = [&](int k) { return &bellform[kSeriesOrder[k]]; };
   const auto fade = [&](int k) { return gains.fade[kSeriesOrder[k]].at(0); };
-  EqSectionPair a{section(0), section(2)}, b{section(1), section(3)};
+  EqSection* const inA[] = {section(0), section(2)};
+  EqSection* const inB[] = {section(1), section(3)};
+  EqSections<Pair> a(inA), b(inB);
   if (kFlush == FlushForm::bare && (a.isSmall() || b.isSmall())) return false;
-  runFour<kCharacter, kFlush>(a, b, Pair{fade(0), fade(2)}, Pair{fade(1), fade(3)}, input, frames, take);
+  runSeries<kCharacter, kFlush>(a, b, Pair{fade(0), fade(2)}, Pair{fade(1), fade(3)}, input, frames, take);
   if (!a.isExact() || !b.isExact()) return false;
-  a.store(section(0), section(2)), b.store(section(1), section(3));
+  a.store(inA), b.store(inB);
   return true;
 }
 
@@ -136,20 +138,17 @@ template <bool kAnalog, typename Take>
 bool lumenbandSettled(Stages (&lumenband)[kBands], const double* input, int frames, const BlockGains& gains,
                       Take take) {
   constexpr Character kCharacter = kAnalog ? Character::behindRecursion : Character::none;
-  const auto stages = [&](int k) -> Stages& { return lumenband[kSeriesOrder[k]]; };
-  const auto fades = [&](int k) {
-    return Pair{gains.fade[kSeriesOrder[k]].at(0), gains.fade[kSeriesOrder[k + 1]].at(0)};
-  };
-  EqSectionPair a{stages(0).stage1, stages(1).stage1}, b{stages(0).stage2, stages(1).stage2};
-  EqSectionPair c{stages(2).stage1, stages(3).stage1}, d{stages(2).stage2, stages(3).stage2};
-  double between[kBlockFrames];
-  runFour<kCharacter, FlushForm::within>(a, b, fades(0), fades(0), input, frames,
-                                         [&between](int i, double x) { between[i] = x; });
-  runFour<kCharacter, FlushForm::within>(c, d, fades(2), fades(2), between, frames, take);
-  for (const EqSectionPair* pair : {&a, &b, &c, &d})
-    if (pair->filter.isPoisoned()) return false;
-  a.store(stages(0).stage1, stages(1).stage1), b.store(stages(0).stage2, stages(1).stage2);
-  c.store(stages(2).stage1, stages(3).stage1), d.store(stages(2).stage2, stages(3).stage2);
+  EqSection *stage1[kBands], *stage2[kBands];
+  Quad fades;
+  for (int k = 0; k < kBands; ++k) {
+    const Band band = kSeriesOrder[k];
+    stage1[k] = &lumenband[band].stage1, stage2[k] = &lumenband[band].stage2;
+    fades[k] = gains.fade[band].at(0);
+  }
+  EqSections<Quad> a(stage1), b(stage2);
+  runSeries<kCharacter, FlushForm::within>(a, b, fades, fades, input, frames, take);
+  if (a.isPoisoned() || b.isPoisoned()) return false;
+  a.store(stage1), b.store(stage2);
   return true;
 }
 
@@ -157,32 +156,32 @@ template <bool kAnalog, typename Take>
 bool tonboxSettled(EqSection& toneHigh, EqSection& toneLow, Edges& hm, Edges& lm, const double* input,
                    int frames, const BlockGains& gains, Take take) {
   constexpr Character kCharacter = kAnalog ? Character::behindRecursion : Character::none;
-  EqSectionPair outer{toneLow, toneHigh}, low{hm.passLow, lm.passLow}, high{hm.passHigh, lm.passHigh};
+  EqSection* const inFirst[] = {&toneLow, &toneHigh, &hm.passLow, &lm.passLow};
+  EqSection* const inHigh[] = {&hm.passHigh, &lm.passHigh};
+  EqSections<Quad> first(inFirst);
+  EqSections<Pair> high(inHigh);
   const double loShare = toneShare(gains, kLo, 0), hiShare = toneShare(gains, kHi, 0);
   const double hmShare = toneShare(gains, kHm, 0), lmShare = toneShare(gains, kLm, 0);
-  Pair fromOuter[kBlockFrames], fromLow[kBlockFrames], fromHigh[kBlockFrames];
-  Pair shelves[kBlockFrames], above[kBlockFrames], bells[kBlockFrames];
+  Quad fromFirst[kBlockFrames], cut[kBlockFrames];  // cut: lo, hi, and what the upper edges of HM and LM hear
+  Pair fromHigh[kBlockFrames], bells[kBlockFrames];
+  const auto all = [input](int i) { return Quad{input[i], input[i], input[i], input[i]}; };
+  const auto above = [&cut](int i) { return Pair{cut[i][2], cut[i][3]}; };
   staggered(
       frames,
       [&](int i) {
-        fromOuter[i] = outer.template recursion<kCharacter, FlushForm::within>(both(input[i]));
-        fromLow[i] = low.template recursion<kCharacter, FlushForm::within>(both(input[i]));
+        fromFirst[i] = first.template recursion<kCharacter, FlushForm::within>(all(i), Everywhere{});
       },
+      [&](int i) { cut[i] = all(i) - first.template behind<kCharacter>(fromFirst[i], Everywhere{}); },
       [&](int i) {
-        shelves[i] = both(input[i]) - outer.template behind<kCharacter>(fromOuter[i]);
-        above[i] = both(input[i]) - low.template behind<kCharacter>(fromLow[i]);
+        fromHigh[i] = high.template recursion<kCharacter, FlushForm::within>(above(i), Everywhere{});
       },
-      [&](int i) { fromHigh[i] = high.template recursion<kCharacter, FlushForm::within>(above[i]); },
-      [&](int i) { bells[i] = above[i] - high.template behind<kCharacter>(fromHigh[i]); },
+      [&](int i) { bells[i] = above(i) - high.template behind<kCharacter>(fromHigh[i], Everywhere{}); },
       [&](int i) {
-        take(i, input[i] + loShare * shelves[i][0] + hiShare * shelves[i][1] + hmShare * bells[i][0] +
+        take(i, input[i] + loShare * cut[i][0] + hiShare * cut[i][1] + hmShare * bells[i][0] +
                     lmShare * bells[i][1]);
       });
-  for (const EqSectionPair* pair : {&outer, &low, &high})
-    if (pair->filter.isPoisoned()) return false;
-  outer.store(toneLow, toneHigh);
-  low.store(hm.passLow, lm.passLow);
-  high.store(hm.passHigh, lm.passHigh);
+  if (first.isPoisoned() || high.isPoisoned()) return false;
+  first.store(inFirst), high.store(inHigh);
   return true;
 }
 

@@ -21,14 +21,14 @@ struct TrackCoefficients {
 
 /// Soft limit inside a recursion: y / (k |y| + 1). `V`: a double or a pack of them, here and below.
 template <typename V>
-inline V softened(V y, V k) {
+[[gnu::always_inline]] inline V softened(V y, V k) {
   return y / (absolute(y) * k + 1.0);
 }
 
 /// Soft gain behind a recursion: an eighth of y is turned down by the level of y between a quarter of the
 /// section's frequency plus fs / 200 and 3500 Hz.
 template <typename V>
-inline V tracked(V y, const TrackCoefficients<V>& c, Track<V>& t) {
+[[gnu::always_inline]] inline V tracked(V y, const TrackCoefficients<V>& c, Track<V>& t) {
   t.trackLow = flushed(t.trackLow + (y - t.trackLow) * c.trackLowCoeff, kFilterFlush);
   t.trackBand = flushed(t.trackBand + (y - t.trackLow - t.trackBand) * c.trackBandCoeff, kFilterFlush);
   return y / (1.0 + c.drive * absolute(t.trackBand)) * 0.125 + y * 0.875;

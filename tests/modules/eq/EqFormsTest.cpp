@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -119,6 +120,26 @@ TEST(Staggered, RunsEveryStageOnceForEveryFrameInOrder) {
     EXPECT_EQ(second, all);
     EXPECT_EQ(third, all);
   }
+}
+
+TEST(Staggered, TellsTheInnerFramesFromTheOthers) {
+  for (int count = 0; count < 12; ++count)
+    for (const auto& [from, to] : {std::pair{3, 7}, {4, 4}, {0, 9}, {6, 2}}) {
+      std::vector<int> first, second;
+      const auto record = [&](std::vector<int>& seen) {
+        return [&](int i, auto inside) {
+          if (inside) {
+            EXPECT_TRUE(i >= from && i < to) << i;
+          }
+          seen.push_back(i);
+        };
+      };
+      staggered(count, from, std::min(to, count), record(first), record(second));
+      std::vector<int> all(static_cast<std::size_t>(count));
+      for (int i = 0; i < count; ++i) all[static_cast<std::size_t>(i)] = i;
+      EXPECT_EQ(first, all);
+      EXPECT_EQ(second, all);
+    }
 }
 
 }  // namespace
