@@ -25,13 +25,14 @@ int rackOffset(const ControlPort& port) {
   return offset == kPositionOffset || offset == kMonitorOffset ? offset : -1;
 }
 
-float levelDb(float reading) {
-  return std::max(kLowestLevelDb, 20.0f * std::log10(std::max(reading, 1e-30f)));
+/// 20 log10 of a gain, by the logarithm that costs least; -600 for 0.
+float decibels(float gain) {
+  constexpr float kDbPerOctave = 6.0205999f;
+  return kDbPerOctave * std::log2(std::max(gain, 1e-30f));
 }
+float levelDb(float reading) { return std::max(kLowestLevelDb, decibels(reading)); }
 /// `reading`: 1 minus the gain factor.
-float reductionDb(float reading) {
-  return std::min(kMostReductionDb, -20.0f * std::log10(std::max(1.0f - reading, 1e-30f)) + 0.0f);
-}
+float reductionDb(float reading) { return std::min(kMostReductionDb, -decibels(1.0f - reading) + 0.0f); }
 
 /// A reading 0..1 of the effect's field.
 float readingOf(std::span<const float> field, int id) {
