@@ -170,28 +170,5 @@ TEST_F(Road, NothingIsLeftWhenTheLastInstanceGoes) {
   EXPECT_EQ(library->livingObjects(), 0);
 }
 
-TEST_F(Road, LiveThreadsShareAnInstance) {
-  Instance strip(library, kRateHz, aaxhost::Mode::Live);
-  Floats x = programme(256), y(256);
-  std::atomic<bool> finite = true;
-  {
-    const aaxhost::TimerThread timer({&strip}, 0.001);
-    const aaxhost::AudioThread audio(kRateHz * 4.0, 256, [&] {
-      strip.render({.input = x.data(), .output = y.data(), .frames = 256});
-      for (const float v : y)
-        if (!std::isfinite(v)) finite = false;
-    });
-    for (int round = 0; round < 300; ++round) {
-      strip.edit(parameterIdentifier(kThreshold), round % 100 / 100.0);
-      strip.automate(parameterIdentifier(161), round % 50 / 50.0);
-      aaxhost::Chunk chunk;
-      if (round % 50 == 0 && strip.getChunk(AAX_TypeID("All "), &chunk) == AAX_SUCCESS) strip.setChunk(chunk);
-      float level = 0.0f;
-      strip.meter(AAX_TypeID("mtcA"), &level);
-    }
-  }
-  EXPECT_TRUE(finite);
-}
-
 }  // namespace
 }  // namespace corvane
