@@ -15,7 +15,9 @@ namespace corvane {
 template <typename... Stage>
 [[gnu::always_inline]] inline void staggered(int count, Stage... stages) {
   constexpr int kFilling = sizeof...(Stage) - 1;  // steps in which some stages have no frame
-  const auto edge = [&](int i) { ((i >= 0 && i < count ? stages(i) : void(), --i), ...); };
+  const auto edge = [&](int i) __attribute__((always_inline)) {
+    ((i >= 0 && i < count ? stages(i) : void(), --i), ...);
+  };
   int i = 0;
   for (; i < kFilling; ++i) edge(i);
   for (; i < count; ++i) {

@@ -29,6 +29,20 @@ Pair offsetTrims(int unit) {
   return Pair{tolerances[0].offset, tolerances[1].offset};
 }
 
+/// One after the other, written out: a loop would keep its state in memory.
+template <typename Frame>
+[[gnu::always_inline]] inline void twice(int step, Frame frame) {
+  frame(2 * step);
+  frame(2 * step + 1);
+}
+
+/// Whether a flush would act on any of an even number of outputs.
+[[gnu::always_inline]] inline bool anySmall(const Pair* outputs, int frames) {
+  QuadMask small{};
+  for (int i = 0; i < frames; i += 2) small |= isSmall(twoFrames(outputs + i));
+  return anyLane(small);
+}
+
 }  // namespace
 
 ColourStage::ColourStage(int unit)
@@ -136,29 +150,48 @@ void ColourStage::runConsole(Pair* samples, int frames) {
   runSection(lowTone, samples, frames);
 }
 
+// A step of a stage takes two frames, in one register where neither waits for the other. Each stage is a step
+// behind the stage before it, so that their recursions overlap.
+
 CORVANE_WIDE_LOOPS bool ColourStage::runParabolaTogether(Pair* samples, int frames) {
   BareSection band(crosstalkBand), highPass(parabola.steps().filter), tone(lowTone);
   auto model = parabola.steps();
   const double crosstalk = console->crosstalkGain, share = controlShare;
-  double lamp = meter.level, levels[kBlockFrames];
-  Pair coupled[kBlockFrames], bent[kBlockFrames], shaped[kBlockFrames], out[kBlockFrames];
-  PairMask clipFlushed{};
+  double lamp = meter.level;
   bool lampFlushed = false;
+  QuadMask clipFlushed{};
+  Pair banded[kBlockFrames], magnitudes[kBlockFrames], bent[kBlockFrames], clips[kBlockFrames];
+  Pair lopsided[kBlockFrames], levelled[kBlockFrames], shaped[kBlockFrames], out[kBlockFrames];
   staggered(
-      frames, [&](int i) { coupled[i] = samples[i] - swapped(band.step(samples[i])) * crosstalk; },
-      [&](int i) { bent[i] = model.bend(coupled[i], levels[i]); },
-      [&](int i) {
-        const Pair moved = model.moved(bent[i]);
-        clipFlushed |= flushed(moved, ConsoleParabola::Steps::kClipFlush) != moved;
-        model.clip = moved;
-        shaped[i] = model.lopsided(bent[i]);
-        lamp = SaturationMeter::moved(lamp, std::min(levels[i], 1.0), share);
-        lampFlushed |= flushed(lamp, SaturationMeter::kFlush) != lamp;
+      frames / 2, [&](int step) { twice(step, [&](int i) { banded[i] = band.step(samples[i]); }); },
+      [&](int step) {
+        const int i = 2 * step;
+        const Quad y = twoFrames(banded + i), coupled = twoFrames(samples + i) - swapped(y) * crosstalk;
+        Quad magnitude;
+        store(model.bend(coupled, magnitude), bent + i);
+        store(magnitude, magnitudes + i);
       },
-      [&](int i) { shaped[i] = model.output(highPass.step(shaped[i])); },
-      [&](int i) { out[i] = tone.step(shaped[i]); });
-  if (!band.isExact() || !highPass.isExact() || !tone.isExact() || lampFlushed ||
-      (clipFlushed[0] | clipFlushed[1]) != 0)
+      [&](int step) {
+        twice(step, [&](int i) {
+          clips[i] = model.clip = model.moved(bent[i]);
+          lamp = SaturationMeter::moved(lamp, std::min(largerLane(magnitudes[i]), 1.0), share);
+          lampFlushed |= flushed(lamp, SaturationMeter::kFlush) != lamp;
+        });
+      },
+      [&](int step) {
+        const int i = 2 * step;
+        const Quad clip = twoFrames(clips + i);
+        clipFlushed |= flushed(clip, ConsoleParabola::Steps::kClipFlush) != clip;
+        store(model.lopsided(twoFrames(bent + i), clip), lopsided + i);
+      },
+      [&](int step) { twice(step, [&](int i) { levelled[i] = highPass.step(lopsided[i]); }); },
+      [&](int step) {
+        const int i = 2 * step;
+        store(model.output(twoFrames(levelled + i)), shaped + i);
+      },
+      [&](int step) { twice(step, [&](int i) { out[i] = tone.step(shaped[i]); }); });
+  if (lampFlushed || anyLane(clipFlushed) || anySmall(banded, frames) || anySmall(levelled, frames) ||
+      anySmall(out, frames) || !band.isExact() || !highPass.isExact() || !tone.isExact())
     return false;
   model.filter = highPass.section;
   parabola.store(model);
@@ -166,6 +199,12 @@ CORVANE_WIDE_LOOPS bool ColourStage::runParabolaTogether(Pair* samples, int fram
   meter.level = lamp;
   std::copy_n(out, frames, samples);
   return true;
+}
+
+void ColourStage::runParabola(Pair* samples, int frames) {
+  const int pairs = frames - frames % 2;
+  if (pairs > 0 && !runParabolaTogether(samples, pairs)) runConsole(samples, pairs);
+  if (pairs < frames) runConsole(samples + pairs, 1);
 }
 
 void ColourStage::process(double* left, double* right, int frames) {
@@ -178,8 +217,10 @@ void ColourStage::process(double* left, double* right, int frames) {
   runInput(x, frames);
   if (colour == Colour::converter90s)
     converter.run(x, frames, hiss.generators[0], meter, controlShare);
-  else if (colour == Colour::console60s || !runParabolaTogether(x, frames))
+  else if (colour == Colour::console60s)
     runConsole(x, frames);
+  else
+    runParabola(x, frames);
   for (int i = 0; i < frames; ++i) {
     const Pair y = numbersOrZero(x[i]) * compensation;
     left[i] = y[0], right[i] = y[1];

@@ -56,7 +56,9 @@ class ColourStage {
   void runCrosstalk(Pair* samples, int frames);
   /// Crosstalk, model, meter and low tone, one behind the other.
   void runConsole(Pair* samples, int frames);
-  /// The same for the parabola, all in one loop; false, and nothing changed, where a flush or a guard against
+  /// The same for the parabola, as fast as the samples allow.
+  void runParabola(Pair* samples, int frames);
+  /// An even number of frames all in one loop; false, and nothing changed, where a flush or a guard against
   /// not-a-number would have acted.
   bool runParabolaTogether(Pair* samples, int frames);
 

@@ -41,9 +41,11 @@ void ConsoleParabola::reset() {
 void ConsoleParabola::run(Pair* samples, double* levels, int frames) {
   Steps local = steps();
   for (int i = 0; i < frames; ++i) {
-    const Pair u = local.bend(samples[i], levels[i]);
+    Pair magnitude;
+    const Pair u = local.bend(samples[i], magnitude);
+    levels[i] = largerLane(magnitude);
     local.clip = flushed(local.moved(u), Steps::kClipFlush);
-    local.filter.step(local.lopsided(u));
+    local.filter.step(Steps::lopsided(u, local.clip));
     samples[i] = local.output(local.filter.y1);
   }
   store(local);

@@ -40,27 +40,39 @@ class ConsoleParabola {
           lift(stage.lift),
           out(stage.outTrim) {}
 
-    /// The first curve, and the drive of the sample.
-    Pair bend(Pair sample, double& level) const {
-      Pair v = in * numbersOrZero(sample) * 0.7071 * 0.7071 * 0.25;
-      v = smaller(larger(v, both(-4.0)), both(4.0));
-      level = largerLane(meter * absolute(v));
-      const Pair t = v / 2.0;
+    // `V`: both channels of one frame or of two.
+
+    /// The first curve, and what the sample drives it with.
+    template <typename V>
+    [[gnu::always_inline]] V bend(V sample, V& magnitude) const {
+      V v = in * numbersOrZero(sample) * 0.7071 * 0.7071 * 0.25;
+      v = smaller(larger(v, V{} - 4.0), V{} + 4.0);
+      magnitude = meter * absolute(v);
+      const V t = v / 2.0;
       return 2.0 * (t - timesAbsolute(t) / 4.0);
     }
     /// The way of the second curve's state on from `u`, not flushed.
     Pair moved(Pair u) const { return clip + (bias + u - clip) * share; }
     /// The second curve, behind the new state.
-    Pair lopsided(Pair u) const { return 8.0 * 1.4142 * (u - timesAbsolute(clip) / 4.0); }
+    template <typename V>
+    [[gnu::always_inline]] static V lopsided(V u, V newClip) {
+      return 8.0 * 1.4142 * (u - timesAbsolute(newClip) / 4.0);
+    }
     /// Level behind the high-pass `y`.
-    Pair output(Pair y) const { return y * 1.4142 * lift * out; }
+    template <typename V>
+    [[gnu::always_inline]] V output(V y) const {
+      return y * 1.4142 * lift * out;
+    }
 
     static constexpr double kClipFlush = 1e-16;
     SectionPair filter;
     Pair clip;
 
    private:
-    static Pair timesAbsolute(Pair v) { return v * absolute(v); }
+    template <typename V>
+    [[gnu::always_inline]] static V timesAbsolute(V v) {
+      return v * absolute(v);
+    }
 
     Pair bias;
     double share, in, meter, lift, out;
