@@ -21,7 +21,9 @@ inline CLI::Validator within(double low, double high) {
 inline CLI::Option* addNumber(CLI::App& command, const std::string& name, double& target, double low,
                               double high, const std::string& help) {
   const auto take = [&target](const std::string& text) { target = numberOf(text).value_or(target); };
-  return command.add_option_function<std::string>(name, take, help)->check(within(low, high));
+  return command.add_option_function<std::string>(name, take, help)
+      ->check(within(low, high))
+      ->default_str(shortest(target));
 }
 
 }  // namespace corvane::cli

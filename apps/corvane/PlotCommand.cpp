@@ -196,6 +196,7 @@ Measured measured(const PlotOptions& options, std::vector<Subject>& subjects) {
 void addPlotCommand(CLI::App& app, PlotOptions& o) {
   CLI::App* plot = app.add_subcommand("plot", "Measures what a setting does to tones, and draws it");
   plot->require_subcommand(1);
+  plot->footer(kKinds[0].examples);
   for (const KindWords& words : kKinds) {
     CLI::App* command = plot->add_subcommand(words.name, words.help);
     command->parse_complete_callback([&o, kind = words.kind] { o.kind = kind; });
@@ -205,20 +206,14 @@ void addPlotCommand(CLI::App& app, PlotOptions& o) {
         ->type_name("PRESET")
         ->expected(1)
         ->take_all();
-    command->add_option("--rate", o.rateHz, "Sample rate in Hz")
-        ->type_name("HZ")
-        ->capture_default_str()
-        ->check(within(kLowestRateHz, kHighestRateHz));
+    addNumber(*command, "--rate", o.rateHz, kLowestRateHz, kHighestRateHz, "Sample rate in Hz")
+        ->type_name("HZ");
     if (words.kind != PlotKind::dynamics)
-      command->add_option("--level", o.levelDb, "Peak of the sine, dBFS")
-          ->type_name("DB")
-          ->capture_default_str()
-          ->check(within(kLowestLevelDb, kHighestLevelDb));
+      addNumber(*command, "--level", o.levelDb, kLowestLevelDb, kHighestLevelDb, "Peak of the sine, dBFS")
+          ->type_name("DB");
     if (words.kind != PlotKind::response)
-      command->add_option("--tone", o.toneHz, "Frequency of the tone in Hz")
-          ->type_name("HZ")
-          ->capture_default_str()
-          ->check(within(kLowestShownHz, kHighestShownHz));
+      addNumber(*command, "--tone", o.toneHz, kLowestShownHz, kHighestShownHz, "Frequency of the tone in Hz")
+          ->type_name("HZ");
     if (words.kind == PlotKind::response) command->add_flag("--phase", o.phase, "The phase as well");
     if (words.kind == PlotKind::dynamics)
       command->add_flag("--burst", o.burst, "Also the gain over time round a burst, for attack and release");

@@ -299,7 +299,7 @@ void addRenderCommand(CLI::App& app, RenderOptions& o) {
       ->expected(1)
       ->take_all();
   addNumber(*render, "--tail", o.tailSeconds, 0, kLongestTailSeconds,
-            "Silence behind the end, so that releases close (0)")
+            "Silence behind the end, so that releases close")
       ->type_name("SECONDS");
   render->add_option("--format", o.format, "float, pcm16, pcm24 (WAV) or flac (float)")->type_name("FORMAT");
   render->add_option("--meters", o.meters, "Writes every meter after the last block")->type_name("FILE.json");

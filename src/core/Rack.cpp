@@ -1,5 +1,6 @@
 #include "core/Rack.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace corvane {
@@ -12,8 +13,7 @@ constexpr std::array<std::int8_t, kIds> placesById(int Place::*base, int Place::
   std::array<std::int8_t, kIds> places{};
   places.fill(-1);
   for (std::size_t k = 0; k < kPlaces; ++k)
-    for (int n = 0; n < kRack[k].*count; ++n)
-      places[static_cast<std::size_t>(kRack[k].*base + n)] = static_cast<std::int8_t>(k);
+    std::fill_n(places.begin() + kRack[k].*base, kRack[k].*count, static_cast<std::int8_t>(k));
   return places;
 }
 

@@ -86,6 +86,7 @@ struct LocaleOf : CommandLineTest {
           at("p.qdx"),
           "--save-state",
           at("s.state")});
+    keep({"plot", "response", "--set", "Pre:Type=-", "--level", "-20.5", "--csv"});
     writeBytes("script",
                "edit Pre:Type -\nedit Comp:Threshold -12.5\ntext Comp:Threshold\nget Comp:Threshold\nrun "
                "0.25\nmeters\n");

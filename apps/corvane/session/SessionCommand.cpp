@@ -54,8 +54,7 @@ void addSessionCommand(CLI::App& app, SessionOptions& o) {
   command->add_option("--input", o.input, "Audio for `run`: its first channel, at its rate")
       ->type_name("FILE");
   addNumber(*command, "--rate", o.rateHz, kLowestRateHz, kHighestRateHz, "Sample rate in Hz without --input")
-      ->type_name("HZ")
-      ->default_str(shortest(o.rateHz));
+      ->type_name("HZ");
   command->add_option("--block", o.blockFrames, "Frames of a block")
       ->type_name("N")
       ->capture_default_str()
