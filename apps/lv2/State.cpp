@@ -3,6 +3,7 @@
 #include <lv2/atom/atom.h>
 
 #include <array>
+#include <cmath>
 #include <optional>
 #include <span>
 #include <string>
@@ -30,8 +31,8 @@ void layIn(const Strip& strip, aaxhost::Chunk& chunk) {
   PresetRecord current;
   if (!readCurrentPreset(bytesOf(chunk.data), current)) return;
   for (int id = 0; id < kParameters; ++id)
-    if (parameterKind(id) & kKindStored)
-      current.values[static_cast<std::size_t>(id)] = static_cast<float>(strip.held(id));
+    if (const double p = strip.held(id); parameterKind(id) & kKindStored && !std::isnan(p))
+      current.values[static_cast<std::size_t>(id)] = static_cast<float>(p);
   writeCurrentPreset(bytesOf(chunk.data), current);
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <limits>
 
 #include "core/ParameterBank.h"
 #include "host/Fields.h"
@@ -54,8 +55,7 @@ Strip::Strip(std::shared_ptr<aaxhost::Library> effect, double rateHz, bool hasKe
   for (const float& value : defaults) controls.push_back(&value);
   seen.assign(controls.size(), 0);
   writes.reserve(controls.size() + 2 * kPlaces);
-  for (const ControlPort& port : ports().controls)
-    if (port.id != kEnabledId) heldValues[at(port.id)] = port.scale.normalised(port.scale.standard);
+  for (auto& value : heldValues) value = std::numeric_limits<double>::quiet_NaN();
   givenPositions.fill(-1);
 }
 

@@ -14,7 +14,7 @@ namespace corvane::lv2 {
 ///
 /// The ports hold the truth. What changes at a port is converted and written into the effect's own ports with
 /// the next block; the effect's control side never reaches them. `run` allocates nothing and waits for
-/// nothing; `keep` and `recall` may come from another thread meanwhile.
+/// nothing; what a session keeps may be read and recalled by another thread meanwhile.
 class Strip {
  public:
   /// Throws aaxhost::HostError.
@@ -28,14 +28,17 @@ class Strip {
   void run(std::uint32_t frames);
 
   aaxhost::Instance& effect() { return instance; }
-  /// Value that the effect was last given, by id of the bank. [any]
+  /// Value that the effect was last given, by id of the bank; not a number before the first run. [any]
   double held(int id) const {
     return heldValues[static_cast<std::size_t>(id)].load(std::memory_order_relaxed);
   }
   /// See RackRules::memory. [control]
   std::uint64_t rackMemory() const { return publishedMemory.load(std::memory_order_relaxed); }
   /// Takes effect with the next run; a word that is none has no effect. [control]
-  void recallRack(std::uint64_t memory) { recalledMemory.store(memory, std::memory_order_relaxed); }
+  void recallRack(std::uint64_t memory) {
+    publishedMemory.store(memory, std::memory_order_relaxed);  // a host may save again before it runs
+    recalledMemory.store(memory, std::memory_order_relaxed);
+  }
 
  private:
   void takeControls();

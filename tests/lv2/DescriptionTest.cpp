@@ -63,6 +63,12 @@ class Bundle : public ::testing::Test {
   Uris uris;
 };
 
+/// Place of a preset in the factory bank, which ends its URI.
+int indexOf(const LilvNode* preset) {
+  const std::string uri = lilv_node_as_uri(preset);
+  return std::stoi(uri.substr(uri.size() - 3));
+}
+
 /// Index, symbol and, for a control, range and default of each port.
 std::string portList(const LilvPlugin* plugin) {
   std::ostringstream list;
@@ -150,9 +156,8 @@ void note(const char* symbol, void* to, const void* value, std::uint32_t size, s
 TEST_F(Bundle, APresetSetsWhatTheFactoryBankHolds) {
   int exact = 0, all = 0;
   eachPreset(kPluginUri, [&](const LilvNode* preset, const std::string& label, const std::string&) {
-    const std::string name = lilv_node_as_uri(preset);
     std::array<double, kParameters> wanted{};
-    factoryPreset(std::stoi(name.substr(name.size() - 3)), wanted.data(), nullptr, nullptr);
+    factoryPreset(indexOf(preset), wanted.data(), nullptr, nullptr);
     LilvState* state = lilv_state_new_from_world(world, &uris.map, preset);
     ASSERT_TRUE(state);
     Values set;
@@ -219,7 +224,8 @@ TEST_F(Bundle, ASessionThroughLilvSoundsTheSame) {
   const Floats x = programme(24000);
   int tried = 0;
   eachPreset(kPluginUri, [&](const LilvNode* preset, const std::string& label, const std::string&) {
-    if (++tried % 20 != 0) return;  // every twentieth of the bank
+    if (indexOf(preset) % 10 != 0) return;  // every tenth of the bank
+    ++tried;
     Hosted first(plugin(), uris), second(plugin(), uris);
     const auto set = [](const char* symbol, void* to, const void* value, std::uint32_t, std::uint32_t) {
       static_cast<Hosted*>(to)->controls.at(symbol) = *static_cast<const float*>(value);
@@ -227,7 +233,10 @@ TEST_F(Bundle, ASessionThroughLilvSoundsTheSame) {
     LilvState* chosen = lilv_state_new_from_world(world, &uris.map, preset);
     lilv_state_restore(chosen, first.instance, set, &first, 0, nullptr);
     lilv_state_free(chosen);
-    first.controls.at("pre_type") = 1.0f;       // colours differ from unit to unit
+    // colours differ from unit to unit, in the preamp's place and in the inserts
+    first.controls.at("pre_type") = 1.0f;
+    for (const char* insert : {"insx_type", "insy_type"})
+      if (first.controls.at(insert) <= 5.0f) first.controls.at(insert) = 0.0f;
     first.controls.at("gate_position") = 5.0f;  // which another place asks for too
     first.render(Floats(64));
     LilvState* saved = lilv_state_new_from_instance(
@@ -244,7 +253,7 @@ TEST_F(Bundle, ASessionThroughLilvSoundsTheSame) {
     second.render(Floats(64));
     EXPECT_EQ(second.render(x), first.render(x)) << label;
   });
-  EXPECT_EQ(tried, kFactoryPlaces);
+  EXPECT_EQ(tried, (kFactoryPlaces + 9) / 10);
 }
 
 }  // namespace

@@ -84,10 +84,24 @@ TEST_F(Lv2State, HoldsWhatThePortsSay) {
             second.save().properties.at(effectKey(second)).bytes);
 }
 
+TEST_F(Lv2State, IsWholeWhenItIsSavedAgainBeforeAnythingRuns) {
+  RawStrip strip(binary), reopened(binary);
+  turnKnobs(strip, 8);
+  strip.run(0);
+  strip.control("eq_position") = strip.control("comp_position");
+  strip.run(0);
+  const Saved saved = strip.save();
+  ASSERT_EQ(reopened.restore(saved), LV2_STATE_SUCCESS);
+  const Saved again = reopened.save();
+  EXPECT_TRUE(again.properties.at(effectKey(reopened)).bytes == saved.properties.at(effectKey(strip)).bytes);
+  EXPECT_TRUE(again.properties.at(rackKey(reopened)).bytes == saved.properties.at(rackKey(strip)).bytes);
+}
+
 TEST_F(Lv2State, ABrokenStateIsRefusedAndChangesNothing) {
   RawStrip strip(binary), other(binary);
   other.control("comp_position") = 1.0f;
   other.run(0);
+  strip.run(0);
   const Saved good = other.save(), before = strip.save();
   const auto refused = [&](const Saved& broken, const char* what) {
     EXPECT_NE(strip.restore(broken), LV2_STATE_SUCCESS) << what;
