@@ -42,22 +42,23 @@ class FixedPower {
     return beside(middle, m * cell.inverse - 1.0);
   }
 
-  /// (guess + difference)^y within 1.5e-15. For a recursion that knows a guess earlier than the difference:
-  /// all but the series then happens while it waits. Worth it for differences below 1/512 of the guess.
-  double operator()(double guess, double difference) const {
+  /// `factor` (guess + difference)^y within 1.5e-15. For a recursion that knows a guess earlier than the
+  /// difference: all but the series then happens while it waits. Worth it for differences below 1/512 of the
+  /// guess.
+  double operator()(double guess, double difference, double factor) const {
     const double t = difference * (1.0 / guess);
     if (guess > 0.0 && std::abs(t) <= kReach) [[likely]]
-      return beside((*this)(guess), t);
-    return (*this)(guess + difference);
+      return beside(factor * (*this)(guess), t);
+    return factor * (*this)(guess + difference);
   }
 
  private:
   static constexpr double kReach = 1.0 / 512.0;  // of the series
 
-  /// `power` times (1 + t)^y.
+  /// `power` times (1 + t)^y, by the shortest way from t to the result.
   double beside(double power, double t) const {
-    const double rest = (series[0] + series[1] * t) + t * t * (series[2] + series[3] * t);
-    return power + power * t * rest;
+    const double t1 = power * t, t3 = t1 * (t * t);
+    return (power + t1 * (series[0] + series[1] * t)) + t3 * (series[2] + series[3] * t);
   }
 
   static constexpr std::size_t kCells = 256;

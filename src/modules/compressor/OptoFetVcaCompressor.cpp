@@ -149,14 +149,14 @@ struct Opto {
       step2 = (stage1 - stage2) * c.optoAttack2;
     } else {
       // the power is looked up beside the last step, not behind it
-      const double fall = kFallPower(before2 - stage1, step2) * c.optoRelease2;
+      const double fall = kFallPower(before2 - stage1, step2, c.optoRelease2);
       step2 = stage2 - fall > stage1 ? -fall : stage1 - stage2;
     }
     before2 = stage2;
     return stage2 + step2;
   }
-  void finish(const double* levels, int at, int frames, double* gains) const {
-    optoGains(levels, exponent + at, frames, gains);
+  void finish(const double* levels, int frames, double* gains) const {
+    optoGains(levels, exponent, frames, gains);
   }
 };
 
@@ -186,9 +186,7 @@ struct Fet {
     level = flushedNearZero(level - level * c.fetRelease, kDetectorFlush);
     return g;
   }
-  void finish(const double* levels, int, int frames, double* gains) const {
-    std::copy_n(levels, frames, gains);
-  }
+  void finish(const double* levels, int frames, double* gains) const { std::copy_n(levels, frames, gains); }
 };
 
 struct Vca {
@@ -207,7 +205,7 @@ struct Vca {
     level += distance * (distance > 0.0 ? c.vcaAttack : c.vcaRelease);
     return level = flushedNearZero(level, kDetectorFlush);
   }
-  void finish(const double* levels, int, int frames, double* gains) const {
+  void finish(const double* levels, int frames, double* gains) const {
     vcaGains(levels, exponent, frames, gains);
   }
 };
@@ -246,10 +244,10 @@ double run(Detector detector, const Glide& makeup, const Glide& mix, const doubl
     }
     for (; i < end; ++i) levels[i] = detector.step(heard[i], i);
     detector.prepare(heard + end, next - end);
-    detector.finish(levels + at, at, end - at, gains + at);
-    applyGains(input + at, gains + at, makeup.path() + at, mix.path() + at, end - at, output + at);
     at = end;
   }
+  detector.finish(levels, frames, gains);
+  applyGains(input, gains, makeup.path(), mix.path(), frames, output);
   state.hpfState = low;
   detector.store(state.detectors);
   // A key of 10^150 overflows a square. The channel then starts anew, where it would stay shut for ever.

@@ -24,7 +24,7 @@ TEST(FixedPower, IsThePowerOverTheWholeRange) {
       };
       ASSERT_LT(error(power(x), x), 1.5e-15) << x << "^" << y;
       // half of the differences are beyond the reach of the series and take the plain road
-      ASSERT_LT(error(power(x, difference), static_cast<long double>(x) + difference), 1.5e-15)
+      ASSERT_LT(error(power(x, difference, 1.0), static_cast<long double>(x) + difference), 1.5e-15)
           << x << "^" << y;
     }
     EXPECT_EQ(power(0.0), std::pow(0.0, y));
@@ -33,9 +33,10 @@ TEST(FixedPower, IsThePowerOverTheWholeRange) {
 
 TEST(FixedPower, GuessMayBeZeroOrBelow) {
   const FixedPower power(1.4);
-  EXPECT_EQ(power(0.0, 2.0), power(2.0));
-  EXPECT_EQ(power(-1.0, 3.0), power(2.0));
-  EXPECT_EQ(power(0.0, 0.0), 0.0);
+  EXPECT_EQ(power(0.0, 2.0, 3.0), 3.0 * power(2.0));
+  EXPECT_EQ(power(-1.0, 3.0, 3.0), 3.0 * power(2.0));
+  EXPECT_EQ(power(0.0, 0.0, 3.0), 0.0);
+  EXPECT_NEAR(power(2.0, 1e-3, 3.0), 3.0 * power(2.001), 1e-14);
 }
 
 TEST(Flush, NearZeroActsAsTheFullFlushAndElsewhereStaysWithinItsRounding) {
