@@ -76,7 +76,9 @@ void followCourses(const std::array<LevelJob*, kMost>& jobs, std::size_t count, 
     for (std::size_t j = 0; j < count; ++j) {
       LevelJob& job = *jobs[j];
       const double fallen = (job.level - job.level * ahead[j].drop) + ahead[j].lift[k];
-      if (ahead[j].highest[k] <= fallen && fallen > kFlushMatters)  // it falls all the way
+      // it falls all the way, or rises as it falls
+      const bool isOneStep = ahead[j].highest[k] <= fallen || job.attack == job.release;
+      if (isOneStep && fallen > kFlushMatters)
         job.level = fallen;
       else
         followEach(job, k * kRun, (k + 1) * kRun);

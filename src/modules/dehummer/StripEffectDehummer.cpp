@@ -10,7 +10,6 @@ namespace corvane {
 
 namespace {
 constexpr int kReductionMeter = 2;
-constexpr double kEnvelopeFlush = 1e-14;                    // -280 dBFS
 constexpr double kShownFrom = 1e-6;                         // -120 dBFS: quieter signals show no reduction
 constexpr double kNotchedFloor = 1e-5, kInputFloor = 1e-6;  // they fade the meter out below -100 dBFS
 }  // namespace
@@ -93,13 +92,12 @@ void StripEffectDehummer::runChannel(Channel& channel, const double* input, int 
   std::copy_n(input, frames, channel.input);
   std::copy_n(input, frames, channel.output);
   channel.comb.cut(channel.output, frames);
-  const double share = envelopeCoefficient;
-  double whole = channel.inputEnvelope, notched = channel.notchedEnvelope;
-  for (int i = 0; i < frames; ++i) {
-    whole = flushed(whole + (std::abs(channel.input[i]) - whole) * share, kEnvelopeFlush);
-    notched = flushed(notched + (std::abs(channel.output[i]) - notched) * share, kEnvelopeFlush);
-  }
-  channel.inputEnvelope = whole, channel.notchedEnvelope = notched;
+  // a level meter of one speed each
+  LevelJob envelopes[] = {
+      {channel.input, channel.inputEnvelope, envelopeCoefficient, envelopeCoefficient},
+      {channel.output, channel.notchedEnvelope, envelopeCoefficient, envelopeCoefficient}};
+  followLevels(envelopes, frames);
+  channel.inputEnvelope = envelopes[0].level, channel.notchedEnvelope = envelopes[1].level;
   if (monitorOn == 1) channel.comb.hear(channel.input, channel.output, frames, hum);
 }
 

@@ -11,8 +11,8 @@ using namespace rig;
 
 constexpr double kAttack = 0.0193843, kRelease = 0.0000996381;
 
-double plain(const double* samples, int frames, double level) {
-  for (int i = 0; i < frames; ++i) level = followLevel(std::abs(samples[i]), level, kAttack, kRelease);
+double plain(const double* samples, int frames, double level, double attack = kAttack) {
+  for (int i = 0; i < frames; ++i) level = followLevel(std::abs(samples[i]), level, attack, kRelease);
   return level;
 }
 
@@ -33,10 +33,11 @@ TEST(LevelFollower, RunsAndJobsSideBySideEqualOneSampleAfterTheOther) {
       std::vector<double> expected;
       for (std::size_t k = 0; k < count; ++k) {
         const Samples& x = material[k % material.size()];
-        for (const double start : {0.0, 1.0, 0.25 + 1e-15, 8e-27, 1e-13}) {
-          jobs.push_back({x.data(), start, kAttack, kRelease});
-          expected.push_back(plain(x.data(), frames, start));
-        }
+        for (const double start : {0.0, 1.0, 0.25 + 1e-15, 8e-27, 1e-13})
+          for (const double attack : {kAttack, kRelease}) {
+            jobs.push_back({x.data(), start, attack, kRelease});
+            expected.push_back(plain(x.data(), frames, start, attack));
+          }
       }
       followLevels(jobs, frames);
       for (std::size_t k = 0; k < jobs.size(); ++k)
