@@ -122,7 +122,7 @@ void ColourStage::addHiss(Pair* samples, int frames) {
     samples[i] = console->filteredShare * filtered[i] + console->plainShare * samples[i];
 }
 
-void ColourStage::runInput(Pair* samples, int frames) {
+CORVANE_WIDE_LOOPS void ColourStage::runInput(Pair* samples, int frames) {
   const double gain = drive.current;
   if (colour == Colour::console60s || colour == Colour::console70s)
     input.run(samples, frames, gain);

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 
+#include "core/dsp/FastMath.h"
 #include "modules/preamp/PreampTolerances.h"
 
 namespace corvane::preamp {
@@ -16,22 +18,22 @@ constexpr double kFromCode = 3.0517578125e-5;        // 2^-15
 
 /// Codes, 0 .. 65535, in place of remainders; `count` a multiple of kAtOnce. The sixteen steps of a code wait
 /// for each other, so several codes go side by side.
-constexpr int kAtOnce = 8;
-void approximate(double* remainders, int count) {
+constexpr int kAtOnce = 16;
+CORVANE_WIDE_LOOPS void approximate(double* remainders, int count) {
+  constexpr int kLanes = 4, kQuads = kAtOnce / kLanes;
   for (int from = 0; from < count; from += kAtOnce) {
-    Pair rest[kAtOnce / 2];
-    PairMask code[kAtOnce / 2] = {};
-    for (int k = 0; k < kAtOnce / 2; ++k)
-      rest[k] = Pair{remainders[from + 2 * k], remainders[from + 2 * k + 1]};
+    Quad rest[kQuads];
+    QuadMask code[kQuads] = {};
+    std::memcpy(rest, remainders + from, sizeof rest);
     for (const double threshold : kConverterThresholds)
-      for (int k = 0; k < kAtOnce / 2; ++k) {
-        const PairMask reached = rest[k] >= threshold;  // all bits set or none
-        rest[k] -= reinterpret_cast<Pair>(reached & reinterpret_cast<PairMask>(both(threshold)));
+      for (int k = 0; k < kQuads; ++k) {
+        const QuadMask reached = rest[k] >= threshold;  // all bits set or none
+        rest[k] -= reinterpret_cast<Quad>(reached & reinterpret_cast<QuadMask>(Quad{} + threshold));
         code[k] = code[k] + code[k] - reached;
       }
-    for (int k = 0; k < kAtOnce / 2; ++k)
-      for (int lane = 0; lane < 2; ++lane)
-        remainders[from + 2 * k + lane] = static_cast<double>(code[k][lane]);
+    for (int k = 0; k < kQuads; ++k)
+      for (int lane = 0; lane < kLanes; ++lane)
+        remainders[from + kLanes * k + lane] = static_cast<double>(code[k][lane]);
   }
 }
 
