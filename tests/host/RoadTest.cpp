@@ -161,6 +161,21 @@ TEST_F(Road, MetersAreReadAboveTheirOffset) {
   EXPECT_EQ(strip->latencySamples(), 0);
 }
 
+TEST_F(Road, PeaksAreFoundWhereverTheyStand) {
+  const auto strip = instance();
+  for (std::size_t frames : {1, 7, 8, 9, 21})
+    for (std::size_t at = 0; at < frames; ++at)
+      for (const float peak : {0.75f, -0.75f}) {
+        Floats x(frames, 0.25f);
+        x[(at + 1) % frames] = NAN;
+        x[at] = peak;
+        render(*strip, x);
+        float shown = -1.0f;
+        strip->meter(AAX_TypeID("mtrI"), &shown);
+        EXPECT_EQ(shown, 0.75f) << "frame " << at << " of " << frames;
+      }
+}
+
 TEST_F(Road, NothingIsLeftWhenTheLastInstanceGoes) {
   {
     const auto strip = instance();
