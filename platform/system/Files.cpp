@@ -1,5 +1,6 @@
 #include "platform/system/Files.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -7,6 +8,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <memory>
+#include <string_view>
 
 #include "platform/system/PendingFile.h"
 
@@ -67,12 +70,19 @@ bool writeFileSafely(const fs::path& path, std::span<const std::uint8_t> content
   return file.open(path, why) && file.write(content, why) && file.commit(why);
 }
 
+// By the system's own calls: the iterator of the standard library ends the process where memory runs out.
 std::vector<FolderEntry> listFolder(const fs::path& path) {
+  struct Close {
+    void operator()(DIR* folder) const { ::closedir(folder); }
+  };
   std::vector<FolderEntry> entries;
-  std::error_code error;
-  for (fs::directory_iterator at(path, error), end; !error && at != end; at.increment(error)) {
-    std::error_code unknown;
-    entries.push_back({at->path().filename().native(), at->is_directory(unknown)});
+  const std::unique_ptr<DIR, Close> folder(path.empty() ? nullptr : ::opendir(path.c_str()));
+  while (const dirent* const entry = folder ? ::readdir(folder.get()) : nullptr) {
+    const std::string_view name = entry->d_name;
+    if (name == "." || name == "..") continue;
+    struct stat status {};
+    const bool known = ::fstatat(::dirfd(folder.get()), entry->d_name, &status, 0) == 0;
+    entries.push_back({std::string(name), known && S_ISDIR(status.st_mode)});
   }
   std::ranges::sort(entries, {}, &FolderEntry::name);
   return entries;

@@ -268,7 +268,7 @@ void QDXPresetManager::getStateBank(Bytes& out) {
   appendStateBank(out, factoryRecords, editorWord, editorZoom);
 }
 
-PresetResult QDXPresetManager::setStateBank(ByteView data) {
+PresetResult QDXPresetManager::setStateBank(ByteView data) try {
   PresetHeader header;
   PresetResult result = readStateBank(data, library->factoryRecords.front(), factoryRecords, header);
   if (!result) return result;
@@ -283,6 +283,10 @@ PresetResult QDXPresetManager::setStateBank(ByteView data) {
   masterController.setParameter(kEditorWordCommand, editorWord);
   const double zoom = editorZoom * 0.01;
   masterController.setParameter(kZoomCommand, zoom <= 0.01 ? 1.0 : std::max(zoom, 0.5));
+  return result;
+} catch (const std::bad_alloc&) {  // of the reading, which comes before any change
+  PresetResult result;
+  result.error = PresetError::noMemory;
   return result;
 }
 

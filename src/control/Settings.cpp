@@ -1,6 +1,7 @@
 #include "control/Settings.h"
 
 #include <bit>
+#include <new>
 #include <string>
 
 namespace corvane {
@@ -18,13 +19,14 @@ void Settings::read(int id, double* value) const {
   if (stored >= 0.0f && stored <= 1.0f) *value = static_cast<double>(stored);
 }
 
-void Settings::write(int id, double value) const {
+void Settings::write(int id, double value) const try {
   const auto word = std::bit_cast<std::uint32_t>(static_cast<float>(value));
   platform::Bytes bytes;
   for (int shift = 0; shift < 32; shift += 8) bytes.push_back(static_cast<std::uint8_t>(word >> shift));
   // A session with many strips writes the same few values as it closes; each write waits for the disk.
   platform::Bytes stored;
   if (!store.readBytes(keyOf(id), &stored) || stored != bytes) store.writeBytes(keyOf(id), bytes);
+} catch (const std::bad_alloc&) {  // strips write as they go, where nothing may be thrown
 }
 
 }  // namespace corvane

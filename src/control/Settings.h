@@ -15,6 +15,7 @@ class Settings {
   explicit Settings(platform::SettingsStore& userStore) : store(userStore) {}
   /// Leaves `value` alone where nothing usable is stored.
   void read(int id, double* value) const;
+  /// What cannot be written is lost: nothing is thrown.
   void write(int id, double value) const;
 
  private:

@@ -45,6 +45,14 @@ AAX_Result fillField(void* data, std::uint32_t size, Fill fill) {
   return AAX_SUCCESS;
 }
 
+/// Hosts are told that memory ran out; no exception goes through their code.
+template <typename Work>
+AAX_Result withinMemory(Work work) try {
+  return work();
+} catch (const std::bad_alloc&) {
+  return AAX_ERROR_NULL_OBJECT;
+}
+
 /// Steps of a host parameter: one more than the bank's, 0 for a continuous one.
 std::int32_t hostSteps(int id) {
   const int steps = parameterSteps(id);
@@ -66,6 +74,13 @@ QDX_QcMN_1200_AAX_Parameters_Wrapper::QDX_QcMN_1200_AAX_Parameters_Wrapper(const
       desk(wrapper, clock) {}
 
 AAX_Result QDX_QcMN_1200_AAX_Parameters_Wrapper::EffectInit() {
+  return withinMemory([this] {
+    addParameters();
+    return AAX_SUCCESS;
+  });
+}
+
+void QDX_QcMN_1200_AAX_Parameters_Wrapper::addParameters() {
   addBypass();
   for (int id = 0; id < kIdentifiers; ++id)
     if ((parameterKind(id) & kKindAnnounced) != 0) addBankParameter(id);
@@ -77,7 +92,6 @@ AAX_Result QDX_QcMN_1200_AAX_Parameters_Wrapper::EffectInit() {
   for (int id = 0; id < kParameters; ++id)
     if (byId[static_cast<std::size_t>(id)])
       mPacketDispatcher.RegisterPacket(parameterIdentifier(id), kFirstParameterField + id, generator);
-  return AAX_SUCCESS;
 }
 
 void QDX_QcMN_1200_AAX_Parameters_Wrapper::addBypass() {
@@ -188,20 +202,26 @@ AAX_Result QDX_QcMN_1200_AAX_Parameters_Wrapper::GetChunkIDFromIndex(std::int32_
 
 AAX_Result QDX_QcMN_1200_AAX_Parameters_Wrapper::GetChunkSize(AAX_CTypeID id, std::uint32_t* size) const {
   if (id != kStateChunkId) return AAX_CEffectParameters::GetChunkSize(id, size);
-  void* block = nullptr;
-  *size = static_cast<std::uint32_t>(wrapper.getController()->getState(&block)) + kTrailerBytes;
-  return AAX_SUCCESS;
+  return withinMemory([&] {
+    void* block = nullptr;
+    *size = static_cast<std::uint32_t>(wrapper.getController()->getState(&block)) + kTrailerBytes;
+    return AAX_SUCCESS;
+  });
 }
 
 AAX_Result QDX_QcMN_1200_AAX_Parameters_Wrapper::GetChunk(AAX_CTypeID id, AAX_SPlugInChunk* chunk) const {
   if (id != kStateChunkId) return AAX_CEffectParameters::GetChunk(id, chunk);
+  return withinMemory([&] { return fillStateChunk(*chunk); });
+}
+
+AAX_Result QDX_QcMN_1200_AAX_Parameters_Wrapper::fillStateChunk(AAX_SPlugInChunk& chunk) const {
   void* block = nullptr;
   const int size = wrapper.getController()->getState(&block);
-  chunk->fSize = size + static_cast<std::int32_t>(kTrailerBytes);
-  chunk->fVersion = 1;
-  chunk->fChunkID = id;
-  std::memset(chunk->fName, 0, sizeof chunk->fName);
-  char* data = chunk->fData;
+  chunk.fSize = size + static_cast<std::int32_t>(kTrailerBytes);
+  chunk.fVersion = 1;
+  chunk.fChunkID = kStateChunkId;
+  std::memset(chunk.fName, 0, sizeof chunk.fName);
+  char* data = chunk.fData;
   std::memcpy(data, block, static_cast<std::size_t>(size));
   for (int k = 0; k < 2; ++k) {
     const std::size_t at = static_cast<std::size_t>(size) + static_cast<std::size_t>(k) * sizeof kTrailerWord;
@@ -216,9 +236,11 @@ AAX_Result QDX_QcMN_1200_AAX_Parameters_Wrapper::SetChunk(AAX_CTypeID id, const 
   if (id != kStateChunkId) return AAX_CEffectParameters::SetChunk(id, chunk);
   if (chunk->fSize < kSmallestChunk) return AAX_ERROR_NOT_INITIALIZED;
   const auto size = static_cast<std::size_t>(chunk->fSize) - kTrailerBytes;
-  std::vector<char> block(chunk->fData, chunk->fData + size);  // the reader takes bytes that it may change
-  const bool taken = wrapper.getController()->setState(block.data(), static_cast<int>(size));
-  return taken ? AAX_SUCCESS : AAX_ERROR_INVALID_INTERNAL_DATA;
+  return withinMemory([&] {
+    std::vector<char> block(chunk->fData, chunk->fData + size);  // the reader takes bytes that it may change
+    const bool taken = wrapper.getController()->setState(block.data(), static_cast<int>(size));
+    return taken ? AAX_SUCCESS : AAX_ERROR_INVALID_INTERNAL_DATA;
+  });
 }
 
 }  // namespace corvane::host

@@ -46,8 +46,10 @@ class QDX_QcMN_1200_AAX_Parameters_Wrapper final : public AAX_CEffectParameters,
   AAX_Result EffectInit() override;
 
  private:
+  void addParameters();
   void addBypass();
   void addBankParameter(int id);
+  AAX_Result fillStateChunk(AAX_SPlugInChunk& chunk) const;
 
   platform::HoldableClock clock;
   const platform::Services machine;

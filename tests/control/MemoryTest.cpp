@@ -1,45 +1,16 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <new>
-
+#include "control/StateBank.h"
 #include "tests/control/HostDouble.h"
+#include "tests/rig/FailingMemory.h"
 
-// Memory that runs out in the middle of a load or a save. The seam is this program's operator new.
-
-namespace {
-
-int allocationsLeft = -1;  ///< until one fails; below 0 for never
-
-void* allocate(std::size_t bytes) {
-  if (allocationsLeft == 0) throw std::bad_alloc();
-  if (allocationsLeft > 0) --allocationsLeft;
-  if (void* memory = std::malloc(bytes ? bytes : 1)) return memory;
-  throw std::bad_alloc();
-}
-
-}  // namespace
-
-void* operator new(std::size_t bytes) { return allocate(bytes); }
-void* operator new[](std::size_t bytes) { return allocate(bytes); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+// Memory that runs out in the middle of a load or a save.
 
 namespace corvane {
 namespace {
 
-constexpr int kMostAllocations = 500;
-
-/// From the n-th allocation on none succeeds while `work` runs.
-template <typename Work>
-auto withAllocations(int count, Work work) {
-  allocationsLeft = count;
-  auto result = work();
-  allocationsLeft = -1;
-  return result;
-}
+using rig::kMostAllocations;
+using rig::withAllocations;
 
 struct Memory : testing::Test {
   rig::Home home;
@@ -65,6 +36,47 @@ TEST_F(Memory, RunningOutDuringASaveLeavesTheOldFileOrTheNewOne) {
   }
   EXPECT_GT(failures, 1);
   EXPECT_NE(rig::contentOf(file), old);
+}
+
+TEST_F(Memory, RunningOutWhileAStateIsReadLeavesTheStripAndItsRulesAsTheyWere) {
+  host.edit(130, 0.9);
+  const std::vector<std::uint8_t> block = host.state();
+  host.edit(130, 0.2);
+  const ByteView bank = ByteView(block).subspan(block.size() - kStateBankBytes);
+  const auto before = host.values;
+  host.commands.reserve(kMostAllocations);  // the host's own notes are not the matter
+  int failures = 0;
+  for (int count = 0;; ++count) {
+    ASSERT_LT(count, kMostAllocations);
+    const PresetResult result = withAllocations(count, [&] { return host.presets->setStateBank(bank); });
+    if (result) break;
+    EXPECT_EQ(result.error, PresetError::noMemory) << count;
+    EXPECT_EQ(host.values, before) << count;
+    EXPECT_EQ(host.inMemory(130), 0.2F) << count;
+    ++failures;
+  }
+  EXPECT_GE(failures, 1);
+  EXPECT_EQ(host.inMemory(130), 0.9F);
+}
+
+TEST_F(Memory, RunningOutWhileFoldersAreReadKeepsTheListsThatWere) {
+  std::filesystem::create_directories(home.presets() / "Live");
+  ASSERT_TRUE(host.presets->savePresetFile(home.presets() / "Live/one.qdx"));
+  host.presets->rescanUserFolders();
+  ASSERT_TRUE(host.presets->savePresetFile(home.presets() / "Live/two.qdx"));
+  const auto entries = [&] { return host.presets->presetLists(ListKind::user)->list(0)->entries.size(); };
+  int failures = 0;
+  for (int count = 0; entries() == 1; ++count) {
+    ASSERT_LT(count, kMostAllocations);
+    try {
+      withAllocations(count, [&] { return host.presets->rescanUserFolders(), true; });
+    } catch (const std::bad_alloc&) {
+      EXPECT_EQ(entries(), 1U) << count;
+      ++failures;
+    }
+  }
+  EXPECT_GE(failures, 1);
+  EXPECT_EQ(entries(), 2U);
 }
 
 TEST_F(Memory, RunningOutDuringALoadLeavesTheRecordAsItWas) {

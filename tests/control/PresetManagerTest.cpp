@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 
 #include <bit>
 #include <chrono>
@@ -9,11 +8,13 @@
 #include <set>
 
 #include "tests/control/HostDouble.h"
+#include "tests/rig/Child.h"
 
 namespace corvane {
 namespace {
 
 namespace fs = std::filesystem;
+using rig::asNobody;
 using rig::contentOf;
 using rig::Home;
 using rig::HostDouble;
@@ -223,20 +224,6 @@ TEST_F(Presets, ARefusedFileChangesNothing) {
   host.deliver();
   EXPECT_EQ(presets.currentRecord().values, values);
   EXPECT_EQ(static_cast<float>(host[kThreshold]), 0.9f);
-}
-
-/// Runs `work` in a process of its own as a user without rights; its exit code.
-template <typename Work>
-int asNobody(Work work) {
-  const pid_t child = ::fork();
-  if (child == 0) {
-    constexpr uid_t kNobody = 65534;
-    if (::geteuid() == 0 && ::setuid(kNobody) != 0) ::_exit(99);
-    ::_exit(work());
-  }
-  int status = 0;
-  ::waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 TEST_F(Presets, AFailedSaveKeepsTheOldFileAndSaysWhy) {

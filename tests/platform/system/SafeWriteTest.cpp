@@ -3,7 +3,6 @@
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,6 +12,7 @@
 
 #include "platform/system/Files.h"
 #include "tests/control/Home.h"
+#include "tests/rig/Child.h"
 
 // What a save may leave behind when it dies, or fails, at any of its calls to the system. The linker leads
 // these calls through here; unarmed they go straight on.
@@ -72,6 +72,9 @@ int __wrap_unlink(const char* path) { return failsNow() ? -1 : __real_unlink(pat
 namespace corvane::platform {
 namespace {
 
+using rig::asNobody;
+using rig::inChild;
+
 const Bytes kOld(3000, 'o'), kNew(50000, 'n');
 
 struct SafeWrite : testing::Test {
@@ -81,14 +84,6 @@ struct SafeWrite : testing::Test {
   void SetUp() override { rig::writeFile(file, kOld); }
   void TearDown() override { fate = Fate::none; }
 
-  /// Does `work` in a process of its own; what it answers, or -1 for a crash.
-  static int inChild(const std::function<int()>& work) {
-    const pid_t child = ::fork();
-    if (child == 0) ::_exit(work());
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  }
   static void strike(Fate what, int call) {
     fate = what;
     callsLeft = call;
@@ -98,12 +93,14 @@ struct SafeWrite : testing::Test {
 constexpr int kMostCalls = 30;
 
 TEST_F(SafeWrite, KilledAtAnyCallLeavesTheOldFileOrTheNewOne) {
+  ::chmod(folder.path.c_str(), 0777);
+  ::chmod(file.c_str(), 0666);
   bool finished = false;
   int oldOnes = 0, newOnes = 0;
   for (int call = 0; !finished; ++call) {
     ASSERT_LT(call, kMostCalls);
     rig::writeFile(file, kOld);
-    const int answer = inChild([&] {
+    const int answer = asNobody([&] {
       strike(Fate::dies, call);
       return writeFileSafely(file, kNew, nullptr) ? 7 : 8;
     });
@@ -159,8 +156,7 @@ TEST_F(SafeWrite, WithoutRoomKeepsTheOldFile) {
 
 TEST_F(SafeWrite, RespectsFoldersAndFilesThatMayNotBeWritten) {
   const auto refusedAsAUser = [&] {
-    return inChild([&] {
-      if (::getuid() == 0 && ::setuid(65534) != 0) return 2;
+    return asNobody([&] {
       std::string why;
       return !writeFileSafely(file, kNew, &why) && why == "Permission denied" ? 0 : 1;
     });
