@@ -49,7 +49,8 @@ CurveTable::CurveTable(Law gainLaw, double atRest) : law(gainLaw), rest(atRest) 
           std::cos(kPi * (static_cast<long double>(k) + 0.5L) / static_cast<long double>(kTerms));
       values[k] = law(0.5L * (from + to) + 0.5L * (to - from) * t);
     }
-    pieces[piece] = throughChebyshevPoints(values);
+    const std::array<double, kTerms> terms = throughChebyshevPoints(values);
+    for (std::size_t k = 0; k < kTerms; k += 2) pieces[piece].terms[k / 2] = Pair{terms[k], terms[k + 1]};
   }
 }
 
