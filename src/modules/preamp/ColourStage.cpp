@@ -146,8 +146,30 @@ void ColourStage::runConsole(Pair* samples, int frames) {
     pushPull.run(samples, levels, frames);
   else
     parabola.run(samples, levels, frames);
-  meter.follow(levels, frames, controlShare);
-  runSection(lowTone, samples, frames);
+  if (!runToneBesideMeter(samples, levels, frames)) {
+    meter.follow(levels, frames, controlShare);
+    runSection(lowTone, samples, frames);
+  }
+}
+
+bool ColourStage::runToneBesideMeter(Pair* samples, const double* levels, int frames) {
+  BareSection tone(lowTone);
+  const double share = controlShare;
+  double lamp = meter.level;
+  bool lampFlushed = false;
+  PairMask small{};
+  Pair out[kBlockFrames];
+  for (int i = 0; i < frames; ++i) {
+    lamp = SaturationMeter::moved(lamp, std::min(levels[i], 1.0), share);
+    lampFlushed |= flushed(lamp, SaturationMeter::kFlush) != lamp;
+    out[i] = tone.step(samples[i]);
+    small |= isSmall(out[i]);
+  }
+  if (lampFlushed || anyLane(small) || !tone.isExact()) return false;
+  meter.level = lamp;
+  lowTone = tone.section;
+  std::copy_n(out, frames, samples);
+  return true;
 }
 
 // A step of a stage takes two frames, in one register where neither waits for the other. Each stage is a step

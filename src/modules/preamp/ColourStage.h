@@ -56,7 +56,10 @@ class ColourStage {
   void runCrosstalk(Pair* samples, int frames);
   /// Crosstalk, model, meter and low tone, one behind the other.
   void runConsole(Pair* samples, int frames);
-  /// The same for the parabola, as fast as the samples allow.
+  /// Low tone and meter in one loop, two recursions that do not wait for each other; false, and nothing
+  /// changed, where a flush or a guard against not-a-number would have acted.
+  bool runToneBesideMeter(Pair* samples, const double* levels, int frames);
+  /// The same as `runConsole` for the parabola, as fast as the samples allow.
   void runParabola(Pair* samples, int frames);
   /// An even number of frames all in one loop; false, and nothing changed, where a flush or a guard against
   /// not-a-number would have acted.

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "core/dsp/FastMath.h"
+#include "core/dsp/Staggered.h"
 #include "modules/preamp/ConsoleTable.h"
 
 namespace corvane::preamp {
@@ -70,52 +71,44 @@ Console60s::Console60s() : rising(risingGain()), falling(fallingGain()) {}
 
 void Console60s::setSampleRate(double hz) {
   fastShare = 1.0 - std::exp(-kFastRadians / (kFastSeconds * hz));
-  for (int lane = 0; lane < 2; ++lane) up[lane] = down[lane] = {};
+  up = both(kRest);
+  for (Half& half : down) half = {};
 }
 
-// An envelope runs ahead of its curve over the whole block, so that the curve is worked out for all samples
-// at once; where the envelope stands still, and the one of the negative half-waves does so half of the time,
-// the gain is the one before.
+// Both envelopes run through one loop, the second some frames behind the first one's curve. The envelope of
+// the negative half-waves stands still half of the time; its curve is worked out behind the loop, where it
+// moved.
 
 CORVANE_WIDE_LOOPS void Console60s::run(Pair* samples, double* levels, int frames) {
   const ConsoleRow& console = consoleOf(Colour::console60s);
-  const double outGain = kOutGain * console.outTrim;
+  const double outGain = kOutGain * console.outTrim, share = fastShare;
   for (int i = 0; i < frames; ++i) {
     const Pair v = console.inTrim * numbersOrZero(samples[i]) * 0.7071;
     levels[i] = largerLane(kMeterFactor * absolute(v));
     samples[i] = 0.125 * v;
   }
+  Pair envelope = up, envelopes[kBlockFrames];
+  double a = down[0].envelope, b = down[1].envelope;
   Moves moves;
-  moves.start(up[0].gain, up[1].gain);
-  {
-    double a = up[0].envelope, b = up[1].envelope;
-    for (int i = 0; i < frames; ++i) {
-      const double s = samples[i][0], t = samples[i][1];
-      const double movedA = a + ((s > kRest ? s : kRest) - a) * fastShare;
-      const double movedB = b + ((t > kRest ? t : kRest) - b) * fastShare;
-      moves.take(0, i, movedA, movedA != a);
-      moves.take(1, i, movedB, movedB != b);
-      a = movedA, b = movedB;
-    }
-    up[0].envelope = a, up[1].envelope = b;
-  }
-  moves.replace(rising);
-  up[0].gain = moves.values[moves.last[0]], up[1].gain = moves.values[moves.last[1]];
-  for (int i = 0; i < frames; ++i) samples[i] = moves.at(i) * samples[i];
-
   moves.start(down[0].gain, down[1].gain);
-  {
-    double a = down[0].envelope, b = down[1].envelope;
-    for (int i = 0; i < frames; ++i) {
-      const double g = samples[i][0], h = samples[i][1];
-      const double movedA = a - (a + g) * fastShare, movedB = b - (b + h) * fastShare;
-      a = g < -kRest ? movedA : a;
-      b = h < -kRest ? movedB : b;
-      moves.take(0, i, a, g < -kRest);
-      moves.take(1, i, b, h < -kRest);
-    }
-    down[0].envelope = a, down[1].envelope = b;
-  }
+  staggered(
+      frames,
+      [&](int i) {
+        envelope += (larger(samples[i], both(kRest)) - envelope) * share;
+        envelopes[i] = envelope;
+      },
+      [&](int i) {
+        samples[i] = Pair{rising(envelopes[i][0]), rising(envelopes[i][1])} * samples[i];
+      },
+      [&](int i) {
+        const double g = samples[i][0], h = samples[i][1];
+        a = g < -kRest ? a - (a + g) * share : a;
+        b = h < -kRest ? b - (b + h) * share : b;
+        moves.take(0, i, a, g < -kRest);
+        moves.take(1, i, b, h < -kRest);
+      });
+  up = envelope;
+  down[0].envelope = a, down[1].envelope = b;
   moves.replace(falling);
   down[0].gain = moves.values[moves.last[0]], down[1].gain = moves.values[moves.last[1]];
   for (int i = 0; i < frames; ++i) samples[i] = outGain * (moves.at(i) * samples[i] * kNormalise);

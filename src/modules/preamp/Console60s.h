@@ -24,13 +24,14 @@ class Console60s {
  private:
   static constexpr double kRest = 1e-9;  // -180 dB: never 0, the curves divide by it
 
-  /// An envelope of one channel and the gain of its curve there.
+  /// The falling envelope of one channel and the gain of its curve there.
   struct Half {
     double envelope = kRest;
     double gain = 1.0;
   };
   const CurveTable &rising, &falling;
-  Half up[2], down[2];
+  Pair up = both(kRest);  ///< the rising envelope
+  Half down[2];
   double fastShare = 0.0;  ///< per sample
 };
 
