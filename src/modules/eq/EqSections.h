@@ -147,7 +147,7 @@ template <Character kCharacter, FlushForm kFlush, typename V, typename Take>
       return Everywhere{};
     } else {
       const V frame = static_cast<double>(i) - lags;
-      return WhereSet{(frame >= 0.0) & (frame < static_cast<double>(frames))};
+      return WhereSet<typename EqSections<V>::Mask>{(frame >= 0.0) & (frame < static_cast<double>(frames))};
     }
   };
   const auto recursionA = [&](int i, auto inside) {
