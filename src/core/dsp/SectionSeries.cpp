@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "core/dsp/FastMath.h"
 #include "core/dsp/RunTogether.h"
 #include "core/dsp/SectionPair.h"
 
@@ -36,7 +37,7 @@ struct Group {
   double pastA = 0.0, pastB = 0.0, pastC = 0.0;  ///< outputs of the lower lanes, a step older than y1
 
   template <unsigned kRunning>
-  void step(double sample) {
+  [[gnu::always_inline]] void step(double sample) {
     const Pair toA{sample, pastA}, toB{a.y1[1], pastB}, toC{b.y1[1], pastC};
     pastA = a.y1[0], pastB = b.y1[0], pastC = c.y1[0];
     stepPair<lanes(kRunning, 0)>(a, toA);
@@ -44,7 +45,7 @@ struct Group {
     stepPair<lanes(kRunning, 4)>(c, toC);
   }
   template <unsigned kLanes>
-  static void stepPair(SectionPair& pair, Pair x) {
+  [[gnu::always_inline]] static void stepPair(SectionPair& pair, Pair x) {
     if constexpr (kLanes == 3u)
       pair.step(x);
     else if constexpr (kLanes != 0u)
@@ -55,13 +56,13 @@ struct Group {
 
 /// Six standing sections over at least kLastLag samples; false, and nothing changed, if a not-a-number came
 /// up.
-bool runGroup(GlideFilter* s, double* samples, int count) {
+CORVANE_WIDE_LOOPS bool runGroup(GlideFilter* s, double* samples, int count) {
   const auto pairOf = [s](int k) {
     return SectionPair{s[k].current, s[k].history, s[k + 1].current, s[k + 1].history};
   };
   Group group{pairOf(0), pairOf(2), pairOf(4)};
   double out[kBlockFrames];
-  [&]<int... kStep>(std::integer_sequence<int, kStep...>) {
+  [&]<int... kStep>(std::integer_sequence<int, kStep...>) __attribute__((always_inline)) {
     (group.step<running(kStep, 0)>(samples[kStep]), ...);  // the pipeline fills
     for (int t = kLastLag; t < count; ++t) {
       group.step<kAllRunning>(samples[t]);
