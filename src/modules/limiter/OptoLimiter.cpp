@@ -19,7 +19,8 @@ constexpr double kSeriesEnd = 0.0625;     // argument of the arc tangent up to w
 constexpr double kThreeTermsEnd = 0.005;  // and up to which three terms of it do
 constexpr double kMemoryFloor = 0.001;
 constexpr double kFlush = 1e-15;
-constexpr double kBesideZero = 1e-6;               // keeps the gain laws off a division by 0
+constexpr double kSmallestPeak = 1e-100;  // far below the last place of the bias, far above what is slow
+constexpr double kBesideZero = 1e-6;      // keeps the gain laws off a division by 0
 constexpr double kRiseHz2Pi = 25132.741228718343;  // 2 pi 4000 Hz
 constexpr double kFallHz2Pi = 628.3185307179587;   // 2 pi 100 Hz
 constexpr double kTwoPi = 6.283185307179586;
@@ -65,6 +66,8 @@ void optoLevels(const double* rectifiedKey, int frames, double ceilingInverse, c
     follow = flushedNearZero(follow, kFlush);
     levels[i] = follow;
   }
+  // Beside the bias such a peak is nothing, and on its way to 0 it would slow the processor down.
+  if (peak < kSmallestPeak) peak = 0.0;
   state = {peak, memory, hold, follow};
 }
 
