@@ -35,6 +35,13 @@ float levelDb(float reading) { return std::max(kLowestLevelDb, decibels(reading)
 /// `reading`: 1 minus the gain factor.
 float reductionDb(float reading) { return std::min(kMostReductionDb, -decibels(1.0f - reading) + 0.0f); }
 
+/// What leaves the plug-in can be counted with: gain may carry a sample past what a float holds, and a bypass
+/// hands on whatever came. As at the entrance, no number becomes 0.
+void keepFinite(float* samples, std::uint32_t frames) {
+  for (std::uint32_t n = 0; n < frames; ++n)
+    samples[n] = std::abs(samples[n]) <= std::numeric_limits<float>::max() ? samples[n] : 0.0f;
+}
+
 /// A reading 0..1 of the effect's field.
 float readingOf(std::span<const float> field, int id) {
   if (id == kTotalReductionMeterId) return field[2];
@@ -93,6 +100,7 @@ void Strip::run(std::uint32_t frames) {
     writes.clear();
     done += n;
   } while (done < frames);
+  if (output) keepFinite(output, frames);
   writeMeters();
   if (latency) *latency = 0.0f;
 }

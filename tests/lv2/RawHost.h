@@ -12,6 +12,7 @@
 
 #include "lv2/Ports.h"
 #include "tests/control/Home.h"
+#include "tests/rig/RenderGuard.h"
 
 // The plug-in through its entry points alone, as the barest host would call them.
 
@@ -100,6 +101,7 @@ class RawStrip {
   }
   ~RawStrip() {
     if (handle) descriptor.cleanup(handle);
+    EXPECT_EQ(violations, 0) << "a run allocated or locked";
   }
   RawStrip(const RawStrip&) = delete;
   RawStrip& operator=(const RawStrip&) = delete;
@@ -122,7 +124,12 @@ class RawStrip {
     descriptor.connect_port(handle, kOutputPort, out);
     descriptor.connect_port(handle, all.key(), const_cast<float*>(key));
   }
-  void run(std::uint32_t frames) { descriptor.run(handle, frames); }
+  /// Each run is watched: it must neither allocate nor lock.
+  void run(std::uint32_t frames) {
+    const rig::RenderGuard guard;
+    descriptor.run(handle, frames);
+    violations += guard.violations();
+  }
   void activate() { descriptor.activate(handle); }
   Floats render(const Floats& in, std::size_t block = 512, const float* key = nullptr) {
     Floats out(in.size(), -99.0f);
@@ -151,6 +158,7 @@ class RawStrip {
   LV2_Handle handle = nullptr;
   Floats controls, meters;
   float latency = -1.0f;
+  int violations = 0;
 };
 
 /// Bursts of noise and tones at half of full scale: dynamics move, filters ring.

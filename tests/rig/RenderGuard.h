@@ -3,7 +3,7 @@
 namespace corvane::rig {
 
 /// While one lives, every allocation, release and lock on this thread is counted: the render road must do
-/// none. Test programs that use it link with the wrapping options of tests/rig/CMakeLists.txt.
+/// none. Reaches libraries that the program loads, too. Test programs that use it link corvane_render_guard.
 class RenderGuard {
  public:
   RenderGuard();
@@ -11,7 +11,9 @@ class RenderGuard {
   RenderGuard(const RenderGuard&) = delete;
   RenderGuard& operator=(const RenderGuard&) = delete;
   /// Calls counted since the guard was made.
-  int violations() const;
+  int violations() const { return allocations() + locks(); }
+  int allocations() const;
+  int locks() const;
 };
 
 }  // namespace corvane::rig
