@@ -1,7 +1,7 @@
 # Two commands do everything on a fresh Debian 12: `make demo` and `make test`.
 # They install what packages.txt lists and this machine lacks, build in build/, and run.
 
-.PHONY: all build lv2 install demo test check-lv2 sanitize tsan soak bench audition docs lint clean
+.PHONY: all build lv2 install demo test check-lv2 sanitize tsan soak fuzz bench audition docs lint clean
 
 all: build
 
@@ -56,6 +56,16 @@ soak: SEED = 1
 soak: build
 	@build/tests/soak/corvane_soak --seconds $(SECONDS) --seed $(SEED)
 
+# What comes from outside (files, states, typed texts, scripts) against whatever it may hold: ten minutes for each
+# target of fuzz/, two at a time; `make fuzz SECONDS=30` for a short look. Findings land in fuzz/findings.
+fuzz: SECONDS = 600
+fuzz:
+	@sh packages.sh packages.txt
+	@sh packages.sh packages-fuzz.txt
+	@cmake --preset fuzz --log-level=WARNING
+	@cmake --build build-fuzz --target fuzzers
+	@fuzz/run.sh $(SECONDS)
+
 # Nanoseconds per sample of every variant, beside one plain biquad.
 bench: build
 	@build/bench/corvane_bench
@@ -79,4 +89,4 @@ lint: build
 	git ls-files 'src/*.cpp' 'platform/*.cpp' 'apps/*.cpp' | xargs -P 2 -n 4 clang-tidy -p build --quiet
 
 clean:
-	rm -rf build build-sanitize build-tsan demo
+	rm -rf build build-sanitize build-tsan build-fuzz demo

@@ -38,9 +38,9 @@ class Registration::Algorithm final : public AAX_IComponentDescriptor {
   AAX_Result AddMeters(AAX_CFieldIndex field, const AAX_CTypeID* meters, std::uint32_t count) override {
     if (!meters || count == 0 || count > kMostMeters)
       return all.refuse(AAX_ERROR_INVALID_METER_INDEX, "field " + number(field) + " has no list of meters");
-    Field told{.kind = FieldKind::Meters, .index = field};
-    told.meters.assign(meters, meters + count);
-    return add(std::move(told));
+    Field readings{.kind = FieldKind::Meters, .index = field};
+    readings.meters.assign(meters, meters + count);
+    return add(std::move(readings));
   }
   AAX_Result AddMIDINode(AAX_CFieldIndex field, AAX_EMIDINodeType type, const char* name,
                          std::uint32_t channelMask) override {

@@ -14,29 +14,31 @@ namespace {
 
 constexpr std::array kHeadNames{"Type", "Position", "Mute", "Solo", "Side Chain", "Monitor"};
 
+const Place& placeAt(int place) { return kRack[static_cast<std::size_t>(place)]; }
+
 bool isFixed(int place) { return place >= 0 && place < kFixedPlaces; }
 
 /// Row of an own parameter of a fixed place; null for any other id.
 const Row* ownRow(int id) {
   const int place = placeOfParameter(id);
   if (!isFixed(place)) return nullptr;
-  const int offset = id - kRack[place].parameterBase;
-  return offset >= kFirstOwnOffset ? findRow(familyOfKind(kRack[place].kind), offset) : nullptr;
+  const int offset = id - placeAt(place).parameterBase;
+  return offset >= kFirstOwnOffset ? findRow(familyOfKind(placeAt(place).kind), offset) : nullptr;
 }
 
 void format(char* text, const char* pattern, int number) { std::snprintf(text, kTextBytes, pattern, number); }
 
 void meterName(int id, char* text) {
   const int place = placeOfMeter(id);
-  const int index = id - kRack[place].meterBase;
+  const int index = id - placeAt(place).meterBase;
   if (isFixed(place))
-    std::strcpy(text, familyOfKind(kRack[place].kind).meters[static_cast<std::size_t>(index)]);
+    std::strcpy(text, familyOfKind(placeAt(place).kind).meters[static_cast<std::size_t>(index)]);
   else
-    std::snprintf(text, kTextBytes, "%s:Mtr%d", kRack[place].prefix, index);
+    std::snprintf(text, kTextBytes, "%s:Mtr%d", placeAt(place).prefix, index);
 }
 
 void groupName(int place, int offset, int id, char* text) {
-  const char* prefix = kRack[place].prefix;
+  const char* prefix = placeAt(place).prefix;
   if (offset < kHeadSize)
     std::snprintf(text, kTextBytes, "%s:%s", prefix, kHeadNames[static_cast<std::size_t>(offset)]);
   else if (offset < kFirstOwnOffset)
@@ -74,7 +76,7 @@ int parameterKind(int id) {
   if (id == kTotalReductionMeterId || placeOfMeter(id) >= 0) return kKindMeter;
   const int place = placeOfParameter(id);
   if (place < 0) return 0;
-  const int offset = id - kRack[place].parameterBase;
+  const int offset = id - placeAt(place).parameterBase;
   const bool used =
       offset < kHeadSize || (isFixed(place) ? ownRow(id) != nullptr : offset >= kFirstOwnOffset);
   return used ? kKindAnnounced | kKindStored : 0;
@@ -88,7 +90,7 @@ void parameterName(int id, char* text) {
   else if (placeOfMeter(id) >= 0)
     meterName(id, text);
   else if (const int place = placeOfParameter(id); place >= 0)
-    groupName(place, id - kRack[place].parameterBase, id, text);
+    groupName(place, id - placeAt(place).parameterBase, id, text);
   else
     format(text, (id >= 1 && id <= 15) || (id >= 352 && id <= 359) ? "- [%d]" : "_dev_ %d", id);
 }
@@ -97,7 +99,7 @@ int parameterSteps(int id) {
   if (id == kProcessId) return 1;
   const int place = placeOfParameter(id);
   if (place < 0) return 0;
-  const int offset = id - kRack[place].parameterBase;
+  const int offset = id - placeAt(place).parameterBase;
   if (offset == kTypeOffset) return isFixed(place) ? 15 : 256;
   if (offset == kPositionOffset) return 8;
   if (offset < kHeadSize) return 1;
@@ -109,8 +111,8 @@ double parameterDefault(int id) {
   if (id == kProcessId) return 1.0;
   const int place = placeOfParameter(id);
   if (place < 0) return 0.0;
-  const int offset = id - kRack[place].parameterBase;
-  if (offset == kTypeOffset) return kRack[place].typeDefault;
+  const int offset = id - placeAt(place).parameterBase;
+  if (offset == kTypeOffset) return placeAt(place).typeDefault;
   if (offset == kPositionOffset) return place / 8.0;
   const Row* row = ownRow(id);
   return row ? row->defaultValue : 0.0;

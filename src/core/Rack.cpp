@@ -47,10 +47,12 @@ const char* insertName(int insertIndex) {
 
 double insertValueFromTypeValue(int id, double value) {
   const int place = placeOfParameter(id);
-  if (place < 0 || place >= kFixedPlaces || id != kRack[place].parameterBase) return value;
+  if (place < 0 || place >= kFixedPlaces) return value;
+  const Place& fixed = kRack[static_cast<std::size_t>(place)];
+  if (id != fixed.parameterBase) return value;
   const int type = decodeVariant(value);
   if (type == 0) return 0.0;
-  return (familyOfKind(kRack[place].kind).firstInsertIndex + type - 1) / 255.0;
+  return (familyOfKind(fixed.kind).firstInsertIndex + type - 1) / 255.0;
 }
 
 double typeValueFromInsertValue(double value) {

@@ -77,7 +77,7 @@ int answerLines(std::istream& lines, Session& session, bool echo, Console& conso
       answer = session::answerTo(session, session::wordsOf(text));
     } catch (const Failure& failure) {
       ++refused;
-      answer = fmt::format("error: line {}: {}", number, failure.what());
+      answer = fmt::format("error: line {}: {}", number, printable(failure.what()));
     }
     console.print("{}\n", answer);
     console.flush();  // whoever drives the session waits for it

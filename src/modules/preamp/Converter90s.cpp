@@ -48,7 +48,7 @@ int dropLowBits(int level) {
   const bool negative = level < 0;
   const auto n = static_cast<std::uint32_t>(negative ? -level - 1 : level);
   // On the negative side every octave starts one higher.
-  const int octave = std::bit_width((negative ? n - 1 : n) | 1u) - 9;
+  const int octave = static_cast<int>(std::bit_width((negative ? n - 1 : n) | 1u)) - 9;
   const int drop = std::clamp(octave, 0, 6);
   const int kept = static_cast<int>(n >> drop << drop);
   return negative ? -kept : kept;
