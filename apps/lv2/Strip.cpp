@@ -52,7 +52,7 @@ float readingOf(std::span<const float> field, int id) {
 }  // namespace
 
 Strip::Strip(std::shared_ptr<aaxhost::Library> effect, double rateHz, bool hasKey)
-    : instance(std::move(effect), rateHz, aaxhost::Mode::Live),
+    : instance(std::move(effect), rateHz, aaxhost::Mode::Unwatched),
       withKey(hasKey),
       meters(ports().meters.size(), nullptr),
       meterRead(ports().meters.size(), -1.0f),

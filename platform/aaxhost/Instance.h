@@ -14,7 +14,9 @@ namespace corvane::aaxhost {
 
 /// Offline: one thread does everything, in an order of its own, and the result depends on nothing else.
 /// Live: one thread renders, any number of others control; neither waits for the other while sound runs.
-enum class Mode { Offline, Live };
+/// Unwatched: live, where nothing looks into the private fields from outside (no timer, no window); saves a
+/// copy of them with each block.
+enum class Mode { Offline, Live, Unwatched };
 
 struct ParameterInfo {
   std::string id, name;

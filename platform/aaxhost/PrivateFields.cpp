@@ -99,7 +99,7 @@ AAX_Result PrivateFields::find(AAX_CFieldIndex field, std::uint32_t offset, std:
       std::find_if(all.begin(), all.end(), [field](const Held& held) { return held.index == field; });
   if (at == all.end()) return AAX_ERROR_INVALID_FIELD_INDEX;
   if (offset > at->bytes || size > at->bytes - offset) return AAX_ERROR_INVALID_INTERNAL_DATA;
-  if (mode == Mode::Live && !at->window) return AAX_ERROR_UNIMPLEMENTED;
+  if (mode != Mode::Offline && !at->window) return AAX_ERROR_UNIMPLEMENTED;
   *found = &*at;
   return AAX_SUCCESS;
 }
