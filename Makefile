@@ -1,7 +1,7 @@
 # Two commands do everything on a fresh Debian 12: `make demo` and `make test`.
 # They install what packages.txt lists and this machine lacks, build in build/, and run.
 
-.PHONY: all build lv2 install demo test check-lv2 sanitize tsan soak fuzz bench audition docs lint clean
+.PHONY: all build lv2 install demo test check-lv2 check-ardour sanitize tsan soak fuzz bench audition docs lint clean
 
 all: build
 
@@ -34,6 +34,11 @@ test: build
 # The tests of the LV2 plug-in alone; other people's programs are among them.
 check-lv2: build
 	@ctest --test-dir build --output-on-failure --no-tests=error -L lv2
+
+# The strip in Ardour, without its window: a preset, a session, the same in a second process.
+check-ardour: build
+	@sh packages.sh packages-ardour.txt
+	@tests/lv2/ardour.sh build/corvane.lv2 build/corvane
 
 # The same tests under the address and undefined-behaviour sanitizers.
 sanitize:
