@@ -6,6 +6,7 @@
 #include <random>
 
 #include "core/ParameterBank.h"
+#include "tests/rig/Repeating.h"
 #include "tests/soak/Controls.h"
 
 // The built library between threads. Run these under the thread sanitizer as well; CORVANE_THREADS_SECONDS
@@ -35,24 +36,6 @@ double secondsToWrite() {
   return asked ? std::atof(asked) : 2.0;
 }
 
-/// A thread that repeats its work until it goes.
-class Repeating {
- public:
-  template <typename Work>
-  explicit Repeating(Work work)
-      : thread([this, work]() mutable {
-          while (going) work();
-        }) {}
-  ~Repeating() {
-    going = false;
-    thread.join();
-  }
-
- private:
-  std::atomic<bool> going = true;
-  std::thread thread;
-};
-
 TEST(Threads, FourWritersATimerAndSoundDoNotDisturbEachOther) {
   const auto library = Library::load(std::getenv("CORVANE_PLUGIN"));
   Instance first(library, kRateHz, Mode::Live), second(library, kRateHz, Mode::Live);
@@ -60,7 +43,7 @@ TEST(Threads, FourWritersATimerAndSoundDoNotDisturbEachOther) {
   const Floats x = noise(256);
   std::atomic<long> blocks = 0, notFinite = 0;
   {
-    const Repeating audio([&, y = Floats(512)]() mutable {
+    const rig::Repeating audio([&, y = Floats(512)]() mutable {
       const aaxhost::Seat seats[] = {{&first, {.input = x.data(), .output = y.data(), .frames = 256}},
                                      {&second, {.input = x.data(), .output = &y[256], .frames = 256}}};
       aaxhost::render(seats);
@@ -121,7 +104,7 @@ TEST(Threads, StripsAreMadeAndGoBesideOneThatSounds) {
   Instance stays(library, kRateHz, Mode::Live);
   const Floats x = noise(128);
   {
-    const Repeating audio([&, y = Floats(128)]() mutable {
+    const rig::Repeating audio([&, y = Floats(128)]() mutable {
       stays.render({.input = x.data(), .output = y.data(), .frames = 128});
     });
     const auto visit = [&](unsigned seed) {
@@ -134,7 +117,7 @@ TEST(Threads, StripsAreMadeAndGoBesideOneThatSounds) {
         if (random() % 2) guest.render({.input = x.data(), .output = y.data(), .frames = 128});
       };
     };
-    const Repeating one(visit(1)), other(visit(2));
+    const rig::Repeating one(visit(1)), other(visit(2));
     std::this_thread::sleep_for(std::chrono::duration<double>(std::min(2.0, secondsToWrite())));
   }
   EXPECT_GT(library->livingObjects(), 0);

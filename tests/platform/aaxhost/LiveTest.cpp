@@ -6,6 +6,7 @@
 
 #include "tests/platform/aaxhost/FakeLibrary.h"
 #include "tests/rig/RenderGuard.h"
+#include "tests/rig/Repeating.h"
 
 // The harm: a value lost or torn between two threads, or sound that waits for a window. Run these under the
 // thread sanitizer as well.
@@ -15,24 +16,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// A thread that repeats its work until it goes.
-class Repeating {
- public:
-  template <typename Work>
-  explicit Repeating(Work work)
-      : thread([this, work]() mutable {
-          while (going) work();
-        }) {}
-  ~Repeating() {
-    going = false;
-    thread.join();
-  }
-
- private:
-  std::atomic<bool> going = true;
-  std::thread thread;
-};
-
 TEST(Live, WritersTimersAndRenderDoNotDisturbEachOther) {
   FakeLibrary fake;
   fake.probe.logging = false;
@@ -41,7 +24,7 @@ TEST(Live, WritersTimersAndRenderDoNotDisturbEachOther) {
   for (int k = 0; k < 2; ++k) all.push_back(std::make_unique<Instance>(fake.library, 96000.0, Mode::Live));
   std::atomic<long> violations = 0, blocks = 0, sent = 0;
   {
-    const Repeating audio([&, out = std::vector<float>(128)]() mutable {
+    const rig::Repeating audio([&, out = std::vector<float>(128)]() mutable {
       const std::vector<float>& in = out;
       const Seat seats[] = {{all[0].get(), {in.data(), out.data(), 64}},
                             {all[1].get(), {in.data(), out.data() + 64, 64}}};
@@ -80,7 +63,7 @@ TEST(Live, WritersTimersAndRenderDoNotDisturbEachOther) {
         }
       };
     };
-    const Repeating first(writer(1)), second(writer(2));
+    const rig::Repeating first(writer(1)), second(writer(2));
     std::this_thread::sleep_for(2s);
   }
   const auto quiet = [&] {
