@@ -23,13 +23,16 @@ QDX_AAX_ControllerWrapper::QDX_AAX_ControllerWrapper(QDX_QcMN_1200_AAX_Parameter
 }
 
 QDX_AAX_ControllerWrapper::~QDX_AAX_ControllerWrapper() {
-  controller.reset();  // writes its view setting through the presets' store
+  controller.reset();  // before the presets that it works on
   presetManager.reset();
 }
 
+// The controller reads and writes while the presets are still to be made or could not be.
 void QDX_AAX_ControllerWrapper::readSetting(int id, double* value) {
-  // the controller asks while the presets are still to be made
   Settings(machine.settings).read(id, value);
+}
+void QDX_AAX_ControllerWrapper::writeSetting(int id, double value) {
+  Settings(machine.settings).write(id, value);
 }
 
 void QDX_AAX_ControllerWrapper::setParameter(int id, double value) {

@@ -25,7 +25,7 @@ class QDX_AAX_ControllerWrapper final : public QDXMasterController {
   ~QDX_AAX_ControllerWrapper() override;
 
   void setParameter(int id, double value) override;
-  void writeSetting(int id, double value) override { presetManager->writeSetting(id, value); }
+  void writeSetting(int id, double value) override;
   void readSetting(int id, double* value) override;
   QDXPresetManager* getPresetManager() override { return presetManager.get(); }
   CorvaneMonoController* getController() override { return controller.get(); }
