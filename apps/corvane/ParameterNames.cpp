@@ -24,11 +24,21 @@ std::string nameOf(int id) {
   return text;
 }
 
+/// Edits to the nearest start of a word: people shorten names, and mistype what they shorten.
+std::size_t distanceToStart(std::string_view asked, std::string_view candidate) {
+  std::size_t least = editDistance(asked, candidate);
+  for (std::size_t size = asked.size() - 1; size <= asked.size() + 1 && size < candidate.size(); ++size)
+    least = std::min(least, std::max<std::size_t>(1, editDistance(asked, candidate.substr(0, size))));
+  return least;
+}
+
 /// Edits from one word to another; a part of a word counts as one. None when they have little in common.
 std::optional<std::size_t> wordDistance(std::string_view asked, std::string_view candidate) {
-  const bool isPart =
-      asked.size() >= kShortestPart && lowerCase(candidate).find(lowerCase(asked)) != std::string::npos;
-  const std::size_t edits = isPart && asked.size() < candidate.size() ? 1 : editDistance(asked, candidate);
+  const bool isLong = asked.size() >= kShortestPart;
+  const bool isPart = isLong && lowerCase(candidate).find(lowerCase(asked)) != std::string::npos;
+  const std::size_t edits = isPart && asked.size() < candidate.size() ? 1
+                            : isLong                                  ? distanceToStart(asked, candidate)
+                                                                      : editDistance(asked, candidate);
   if (edits > std::max<std::size_t>(1, asked.size() / 3)) return std::nullopt;
   return edits;
 }

@@ -77,6 +77,9 @@ TEST_F(Refusal, OfAnArgumentNamesItAndTheWayOut) {
 TEST_F(Refusal, ListsTheNearestNamesFirstOfTheSameGroupThenOfOthers) {
   const Answer typo = render("in.wav", "out.wav", {"--set", "Comp:Treshold=-20"});
   EXPECT_NE(typo.err.find("nearest: Comp:Threshold, Gate:Threshold"), std::string::npos) << typo.err;
+  const Answer shortened = render("in.wav", "out.wav", {"--set", "Comp:Tresh=-20"});
+  EXPECT_NE(shortened.err.find("nearest: Comp:Threshold, Gate:Threshold"), std::string::npos)
+      << shortened.err;
   const Answer bare = render("in.wav", "out.wav", {"--set", "ceiling=-20"});
   EXPECT_NE(bare.err.find("nearest: Lim:Ceiling"), std::string::npos) << bare.err;
 }
