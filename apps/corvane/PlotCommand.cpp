@@ -61,7 +61,7 @@ std::string startName(const StartOptions& start) {
 std::string titleFrom(const StartOptions& start) {
   std::vector<std::string> changes = start.sets;
   changes.insert(changes.end(), start.raws.begin(), start.raws.end());
-  const std::string name = startName(start);
+  std::string name = startName(start);
   if (changes.empty()) return name;
   const std::string all = fmt::format("{}: {}", name, fmt::join(changes, ", "));
   return all.size() <= kLongestTitle ? all : fmt::format("{}, {} changes", name, changes.size());

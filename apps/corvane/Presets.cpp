@@ -82,6 +82,7 @@ LoadedPreset fromName(const std::string& words) {
   }
   if (found.size() == 1) return found[0]->index >= 0 ? fromFactory(*found[0]) : fromFile(*found[0]);
   std::vector<std::string> names;
+  names.reserve(presets.size());
   for (const auto& preset : presets) names.push_back(preset.name);
   const std::string near = nearestOf(words, names);
   if (near.empty()) refuse("no preset \"{}\"; `corvane presets` lists all", words);
@@ -92,6 +93,7 @@ LoadedPreset fromName(const std::string& words) {
 
 std::vector<ListedPreset> factoryPresets() {
   std::vector<ListedPreset> presets;
+  presets.reserve(kFactoryPlaces);
   for (int index = 0; index < kFactoryPlaces; ++index) presets.push_back(factoryPresetAt(index));
   return presets;
 }
