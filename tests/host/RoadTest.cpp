@@ -103,10 +103,10 @@ TEST_F(Road, RulesOfAnEditReachTheHost) {
   EXPECT_EQ(held(*strip, 275), 1.0) << "a new module brings its defaults";
 }
 
-TEST_F(Road, ASessionSavedAndRestoredSoundsTheSame) {
-  Instance strip(library, kRateHz), restored(library, kRateHz);
-  for (const auto& [id, value] :
-       {std::pair{kPreType, 1 / 15.0}, {kThreshold, 0.2}, {128, 0.3}, {161, 0.7}, {kInsXType, 92 / 255.0}}) {
+/// Edits `strip` as a person would, saves it and restores `restored` from that.
+void editAndRestore(Instance& strip, Instance& restored,
+                    std::initializer_list<std::pair<int, double>> edits) {
+  for (const auto& [id, value] : edits) {
     strip.edit(parameterIdentifier(id), value);
     strip.settle();
   }
@@ -114,6 +114,12 @@ TEST_F(Road, ASessionSavedAndRestoredSoundsTheSame) {
   ASSERT_EQ(strip.getChunk(AAX_TypeID("All "), &chunk), AAX_SUCCESS);
   ASSERT_EQ(restored.setChunk(chunk), AAX_SUCCESS);
   restored.settle();
+}
+
+TEST_F(Road, ASessionSavedAndRestoredSoundsTheSame) {
+  Instance strip(library, kRateHz), restored(library, kRateHz);
+  editAndRestore(strip, restored,
+                 {{kPreType, 1 / 15.0}, {kThreshold, 0.2}, {128, 0.3}, {161, 0.7}, {kInsXType, 92 / 255.0}});
   const Floats x = programme(20000);
   EXPECT_EQ(render(strip, x), render(restored, x));
 }
@@ -121,14 +127,7 @@ TEST_F(Road, ASessionSavedAndRestoredSoundsTheSame) {
 TEST_F(Road, ARestoredStateIsNotAnsweredByRules) {
   constexpr int kPreMonitor = 21, kCompType = 112, kCompMonitor = 117, kEqType = 144;
   Instance strip(library, kRateHz), restored(library, kRateHz);
-  for (const auto& [id, value] : {std::pair{kCompType, 3 / 15.0}, {kEqType, 3 / 15.0}, {kCompMonitor, 1.0}}) {
-    strip.edit(parameterIdentifier(id), value);
-    strip.settle();
-  }
-  aaxhost::Chunk chunk;
-  ASSERT_EQ(strip.getChunk(AAX_TypeID("All "), &chunk), AAX_SUCCESS);
-  ASSERT_EQ(restored.setChunk(chunk), AAX_SUCCESS);
-  restored.settle();
+  editAndRestore(strip, restored, {{kCompType, 3 / 15.0}, {kEqType, 3 / 15.0}, {kCompMonitor, 1.0}});
   EXPECT_EQ(held(restored, kEqType), 3.0f / 15.0f);
   EXPECT_EQ(held(restored, kCompMonitor), 1.0) << "a new Type clears monitors in an edit alone";
   restored.edit(parameterIdentifier(kPreMonitor), 1.0);

@@ -14,14 +14,7 @@ class Lv2Blocks : public ::testing::Test {
     RawStrip strip(binary);
     fillRackUncoloured(strip, round);
     rest(strip);
-    Floats out(x.size());
-    for (std::size_t at = 0; at < x.size();) {
-      const std::size_t n = std::min(next(), x.size() - at);
-      strip.connect(x.data() + at, out.data() + at);
-      strip.run(static_cast<std::uint32_t>(n));
-      at += n;
-    }
-    return out;
+    return strip.renderInBlocksOf(next, x);
   }
   Binary binary;
 };

@@ -132,10 +132,17 @@ class RawStrip {
   }
   void activate() { descriptor.activate(handle); }
   Floats render(const Floats& in, std::size_t block = 512, const float* key = nullptr) {
+    return renderInBlocksOf([block] { return block; }, in, key);
+  }
+  /// `nextLength` tells the frames of each block; 0 is a block as well.
+  template <typename NextLength>
+  Floats renderInBlocksOf(NextLength nextLength, const Floats& in, const float* key = nullptr) {
     Floats out(in.size(), -99.0f);
-    for (std::size_t at = 0; at < in.size(); at += block) {
+    for (std::size_t at = 0; at < in.size();) {
+      const std::size_t n = std::min<std::size_t>(nextLength(), in.size() - at);
       connect(in.data() + at, out.data() + at, key ? key + at : nullptr);
-      run(static_cast<std::uint32_t>(std::min(block, in.size() - at)));
+      run(static_cast<std::uint32_t>(n));
+      at += n;
     }
     return out;
   }

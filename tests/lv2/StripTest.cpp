@@ -117,14 +117,7 @@ TEST_F(Lv2, BlocksOfAnyLengthSoundAlike) {
   const auto heard = [&](auto next) {
     RawStrip strip(binary);
     busy(strip);
-    Floats out(x.size());
-    for (std::size_t at = 0; at < x.size();) {
-      const std::size_t n = std::min(next(), x.size() - at);
-      strip.connect(x.data() + at, out.data() + at);
-      strip.run(static_cast<std::uint32_t>(n));
-      at += n;
-    }
-    return out;
+    return strip.renderInBlocksOf(next, x);
   };
   std::mt19937 dice(5);
   const Floats expected = heard([] { return std::size_t{20000}; });

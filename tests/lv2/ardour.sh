@@ -12,19 +12,9 @@ number=187                                          # the preset's index in the 
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-fail() {
-  echo "error: $*" >&2
-  exit 1
-}
+. "$(dirname "$(realpath "$0")")/alone.sh"
 
-export HOME=$work LC_ALL=C LV2_PATH=$work/lv2
-unset XDG_CONFIG_HOME
-mkdir "$work/lv2"
-ln -s "$bundle" "$work/lv2/corvane.lv2"
-for standard in /usr/lib/lv2/*.lv2; do
-  grep -q 'lv2:Plugin' "$standard/manifest.ttl" || ln -s "$standard" "$work/lv2/"
-done
-cd "$work"
+see_bundle_alone
 
 export SESSION=$work/session PLUGIN=https://quadrexa.example/lv2/corvane-mono
 PRESET=$(sed -n "/^<.*#preset-$number>/,/\.$/s/.*rdfs:label \"\(.*\)\" ;/\1/p" "$bundle"/presets-*.ttl)

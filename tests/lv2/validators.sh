@@ -25,23 +25,13 @@ finish() {
 trap finish EXIT
 trap 'echo "error: $check: line $LINENO failed" >&2' ERR
 
-fail() {
-  echo "error: $*" >&2
-  exit 1
-}
+. "$(dirname "$(realpath "$0")")/alone.sh"
 # The file must be empty; what stands in it is shown.
 must_be_empty() {
   [ ! -s "$1" ] || fail "$check complains:"$'\n'"$(head -20 "$1")"
 }
 
-export HOME=$work LC_ALL=C LV2_PATH=$work/lv2
-unset XDG_CONFIG_HOME
-mkdir "$work/lv2"
-ln -s "$bundle" "$work/lv2/corvane.lv2"
-for standard in /usr/lib/lv2/*.lv2; do
-  grep -q 'lv2:Plugin' "$standard/manifest.ttl" || ln -s "$standard" "$work/lv2/"
-done
-cd "$work"
+see_bundle_alone
 
 # Lines "symbol value" of the preset, as its file in the bundle holds them.
 preset_values() {
